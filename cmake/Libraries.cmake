@@ -1,0 +1,17 @@
+# Every library that the project uses is named here once; each folder links what it needs.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(Boost REQUIRED)
+find_package(fmt REQUIRED)
+find_package(spdlog REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(OpenImageIO REQUIRED)
+
+pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
+pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
+pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
+pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
+if(NOT APPLE)
+  pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
+endif()

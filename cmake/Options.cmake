@@ -1,0 +1,35 @@
+option(CORVEL_TESTS "Build the tests" ON)
+option(CORVEL_BENCHES "Build the benches" OFF)
+option(CORVEL_WERROR "Treat warnings as errors" OFF)
+option(CORVEL_FUZZ "Build the fuzz targets (clang only)" OFF)
+set(CORVEL_SANITIZE "" CACHE STRING "Sanitizers for everything, such as address,undefined or thread")
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+find_program(CORVEL_CCACHE ccache)
+if(CORVEL_CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CORVEL_CCACHE})
+endif()
+
+# What every target of ours is compiled with.
+add_library(corvel_flags INTERFACE)
+add_library(morvane::flags ALIAS corvel_flags)
+target_include_directories(corvel_flags INTERFACE ${CMAKE_SOURCE_DIR})
+target_compile_options(corvel_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  $<$<BOOL:${CORVEL_WERROR}>:-Werror>)
+target_compile_definitions(corvel_flags INTERFACE CORVEL_VERSION="${PROJECT_VERSION}")
+if(CORVEL_SANITIZE)
+  add_compile_options(-fsanitize=${CORVEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${CORVEL_SANITIZE})
+endif()
