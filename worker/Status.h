@@ -24,7 +24,7 @@ enum class Status : std::int32_t {
 /// "cannot write /shots/a.mov: No space left on device".
 class StatusError : public std::runtime_error {
 public:
-    StatusError(Status status, const std::string& reason) : std::runtime_error(reason), status(status) {}
+    StatusError(Status code, const std::string& reason) : std::runtime_error(reason), status(code) {}
 
     const Status status;
 };
