@@ -104,15 +104,17 @@ runNinja() {
     ((status == 0)) || showFailure "the build failed:" "$log"
 }
 
+# CORVEL_CMAKE_ARGUMENTS, split at blanks, goes to CMake; CI asks for warnings as errors with it.
 configure() {
-    local log=$logFolder/configure.log fresh=()
+    local log=$logFolder/configure.log fresh=() extra
+    read -ra extra <<<"${CORVEL_CMAKE_ARGUMENTS:-}"
     # A folder that was moved or copied takes its old paths along in the cache.
     if [[ -e $buildFolder/CMakeCache.txt ]]; then
         grep -qxF "CMAKE_HOME_DIRECTORY:INTERNAL=$root" "$buildFolder/CMakeCache.txt" || fresh=(--fresh)
-        [[ -e $buildFolder/build.ninja && ${#fresh[@]} == 0 ]] && return
+        [[ -e $buildFolder/build.ninja && ${#fresh[@]} == 0 && ${#extra[@]} == 0 ]] && return
     fi
     say "configuring"
-    (cd "$root" && cmake --preset release "${fresh[@]}") >"$log" 2>&1 || showFailure "configuring failed:" "$log"
+    (cd "$root" && cmake --preset release "${fresh[@]}" "${extra[@]}") >"$log" 2>&1 || showFailure "configuring failed:" "$log"
 }
 
 # build STAMP TARGETS SOURCES: names of arrays. Two runs at once wait for each other.

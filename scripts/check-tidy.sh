@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# clang-tidy over what the bundle is made of, with the checks of .clang-tidy. The build folder must be configured.
+#
+# Usage: check-tidy.sh [PATTERN]    only the sources whose path matches the pattern
+set -euo pipefail
+
+root=$(cd "$(dirname "$0")/.." && pwd -P)
+folders='(filesystem|host|platform|processbridge|property|quicktime|timecode|worker|writer)'
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+
+if run-clang-tidy-14 -quiet -p "$root/build/release" -j "$(nproc)" "^$root/$folders/.*${1:-}" >"$log" 2>&1; then
+    echo "clang-tidy has nothing to say about $(grep -c '^clang-tidy' "$log") sources"
+else
+    # The findings alone: not the command lines, not the counts of what was filtered.
+    grep -vE '^(clang-tidy|\[[0-9]+/[0-9]+\]|[0-9]+ warnings? |Suppressed|Use -header-filter)' "$log" | awk 'NF'
+    exit 1
+fi
