@@ -26,7 +26,9 @@ add_library(corvel_flags INTERFACE)
 add_library(morvane::flags ALIAS corvel_flags)
 target_include_directories(corvel_flags INTERFACE ${CMAKE_SOURCE_DIR})
 target_compile_options(corvel_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
+  # A constructor's parameter may have its member's name; clang's plain -Wshadow allows that already.
+  $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>
   $<$<BOOL:${CORVEL_WERROR}>:-Werror>)
 target_compile_definitions(corvel_flags INTERFACE CORVEL_VERSION="${PROJECT_VERSION}")
 if(CORVEL_SANITIZE)
