@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace Morvane::Platform {
+
+/// A folder that macOS would call a bundle.
+struct Bundle {
+    std::string path;        ///< absolute, without a "/" at its end
+    std::string identifier;  ///< CFBundleIdentifier of its Contents/Info.plist; empty without one
+};
+
+/// The bundles of this process at this moment: the one that the running executable lies in (its own folder
+/// when it lies in none), then those of the loaded plug-ins.
+std::vector<Bundle> loadedBundles();
+
+}  // namespace Morvane::Platform
