@@ -39,6 +39,8 @@ public:
     char* data() const { return address; }
     /// Bytes mapped, or last recorded.
     std::uint64_t size() const { return size_; }
+    /// Bytes that the file has now; fewer than `size` where somebody has cut it. 0 while it is not open.
+    std::uint64_t lengthOnDisk() const;
 
     /// Gives the mapping back; the size stays.
     void unmap();
@@ -49,7 +51,6 @@ public:
     bool isValid() const { return fd != -1 && address != nullptr; }
 
 private:
-    std::uint64_t lengthOnDisk() const;
     bool openForMap();
     bool resizeOpened(std::uint64_t length, int extraMapFlags);
     bool mapSize(int extraMapFlags);
