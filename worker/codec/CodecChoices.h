@@ -203,7 +203,7 @@ inline constexpr CodecOption h264Options[] = {
     {"chroma", Choice, "auto|420|422|444|rgb", "auto", nullptr,
      "Chroma sampling; auto is the profile's, 4:2:0 where none is set, RGB for lossless"},
     tenPresets,
-    {"tune", Choice, "none|film|animation|grain|stillimage|fastdecode", "none", "tune",
+    {"tune", Choice, "auto|film|animation|grain|stillimage|fastdecode", "auto", "tune",
      "What the encoder is tuned for"},
     {"level", Choice, "auto|1|1.1|1.2|1.3|2|2.1|2.2|3|3.1|3.2|4|4.1|4.2|5|5.1|5.2|6|6.1|6.2", "auto", "level",
      "The level that the stream states"},
@@ -213,7 +213,7 @@ inline constexpr CodecOption hevcOptions[] = {
     {"chroma", Choice, "auto|420|422|444|rgb", "auto", nullptr,
      "Chroma sampling; auto is the profile's, 4:2:0 where none is set, RGB for lossless"},
     tenPresets,
-    {"tune", Choice, "none|grain|animation|fastdecode", "none", "tune", "What the encoder is tuned for"},
+    {"tune", Choice, "auto|grain|animation|fastdecode", "auto", "tune", "What the encoder is tuned for"},
     crf};
 
 }  // namespace Morvane::Worker::CodecChoices

@@ -35,6 +35,9 @@ constexpr SizeRule multiplesOf4 = {
 
 constexpr SizeRule::Size ntscOnly[] = {{720, 480}};
 constexpr SizeRule::Size palOnly[] = {{720, 576}};
+// Of a 4:3 picture, as DV streams state it.
+constexpr AVRational ntscAspect = {8, 9};
+constexpr AVRational palAspect = {16, 15};
 constexpr SizeRule::Size h263Only[] = {{128, 96}, {176, 144}, {352, 288}, {704, 576}, {1408, 1152}};
 constexpr SizeRule::Size dnxhdOnly[] = {{1920, 1080}, {1280, 720}};
 
@@ -62,7 +65,7 @@ constexpr Codec proRes(const char* type, const char* name, const char* profile, 
 }
 
 constexpr Codec dv(const char* type, const char* name, std::span<const CodecPicture> pictures,
-                   std::span<const SizeRule::Size> sizes, const char* sizeSentence) {
+                   std::span<const SizeRule::Size> sizes, const char* sizeSentence, AVRational aspect) {
     return {.type = type,
             .name = name,
             .encoder = "dvvideo",
@@ -75,7 +78,8 @@ constexpr Codec dv(const char* type, const char* name, std::span<const CodecPict
             .sizes = {.only = sizes},
             .sizeSentence = sizeSentence,
             .colour = OldVideo,
-            .fields = true};
+            .fields = true,
+            .aspect = aspect};
 }
 
 constexpr Codec uncompressed(const char* type, const char* name, const char* encoder,
@@ -140,8 +144,8 @@ const Codec rows[] = {
      .sizes = multiplesOf4,
      .sizeSentence = "multiples of 4",
      .colour = Rgb},
-    dv("dvc ", "DV/DVCPRO - NTSC", dv411, ntscOnly, "720 x 480"),
-    dv("dvcp", "DV - PAL", dv420, palOnly, "720 x 576"),
+    dv("dvc ", "DV/DVCPRO - NTSC", dv411, ntscOnly, "720 x 480", ntscAspect),
+    dv("dvcp", "DV - PAL", dv420, palOnly, "720 x 576", palAspect),
     {.type = "smc ",
      .name = "Graphics",
      .encoder = "smc",
@@ -279,8 +283,8 @@ const Codec rows[] = {
     uncompressed("b48r", "Uncompressed 16-bit RGB", "rawvideo", rgb16, 16, anySize, "any size", Rgb),
     uncompressed("b64a", "Uncompressed 16-bit ARGB", "rawvideo", argb16, 16, anySize, "any size", Rgb),
     uncompressed("r210", "Uncompressed 10-bit RGB", "r210", gbr10, 10, anySize, "any size", Rgb),
-    dv("dv5n", "DVCPRO50 - NTSC", dv422, ntscOnly, "720 x 480"),
-    dv("dv5p", "DVCPRO50 - PAL", dv422, palOnly, "720 x 576"),
+    dv("dv5n", "DVCPRO50 - NTSC", dv422, ntscOnly, "720 x 480", ntscAspect),
+    dv("dv5p", "DVCPRO50 - PAL", dv422, palOnly, "720 x 576", palAspect),
     {.type = "AVdn",
      .name = "DNxHD",
      .encoder = "dnxhd",
@@ -289,7 +293,7 @@ const Codec rows[] = {
      .defaultBits = 8,
      .intraOnly = true,
      .lossless = Never,
-     .quality = {"b=36M", "b=36M", "b=115M", "b=115M", "b=175M", "b=175M"},
+     .quality = {"b=75M", "b=75M", "b=145M", "b=145M", "b=220M", "b=220M"},
      .sizes = {.only = dnxhdOnly},
      .sizeSentence = "1920 x 1080 or 1280 x 720",
      .colour = Video},
@@ -298,7 +302,7 @@ const Codec rows[] = {
      .encoder = "dnxhd",
      .bitstreamFilter = nullptr,
      .pictures = dnxhrPictures,
-     .defaultBits = 10,
+     .defaultBits = 0,
      .intraOnly = true,
      .lossless = Never,
      .quality = {"profile=lb", "profile=sq", "profile=hq", "profile=hqx", "profile=444", "profile=444"},

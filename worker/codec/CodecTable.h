@@ -2,6 +2,7 @@
 
 extern "C" {
 #include <libavutil/pixfmt.h>
+#include <libavutil/rational.h>
 }
 
 #include <array>
@@ -50,13 +51,13 @@ struct SizeRule {
 /// Whether decoding gives the picture's samples back bit for bit.
 enum class Lossless { Never, AtLosslessQuality, Always };
 
-enum class OptionKind { Choice, Integer, Number, Text };
+enum class OptionKind { Choice, Integer, Number };
 
 /// A settings key that only some codecs have.
 struct CodecOption {
     const char* key;
     OptionKind kind;
-    const char* values;         ///< Choice: "a|b|c"; Integer and Number: "lowest|highest"; Text: unused
+    const char* values;         ///< Choice: "a|b|c"; Integer and Number: "lowest|highest"
     const char* defaultValue;   ///< "auto": left to quality and encoder
     const char* encoderOption;  ///< libav's name of it; null: the plan gives it its meaning
     const char* help;           ///< one sentence
@@ -87,7 +88,7 @@ struct Codec {
     const char* encoder;          ///< libav encoder
     const char* bitstreamFilter;  ///< libav bitstream filter that the packets pass through; null: none
     std::span<const CodecPicture> pictures;  ///< the first of those that fit the settings is taken
-    int defaultBits;
+    int defaultBits;                         ///< 0: profile and quality decide
     bool intraOnly;  ///< every packet is a picture of its own and contexts can work side by side
     Lossless lossless;
     /// The encoder options of each quality, 0 to 5, as libav option text; besides libav's names `qscale`
@@ -101,6 +102,7 @@ struct Codec {
     std::span<const CodecProfile> profiles = {};
     const char* defaultProfile = "";  ///< "auto": what depth and quality need; empty: the codec has none
     std::span<const CodecOption> options = {};
+    AVRational aspect = {1, 1};  ///< pixel aspect where nobody asks for one
 
     bool hasAlpha() const;
     int highestBits() const;

@@ -47,7 +47,7 @@ struct EncodingPlan {
 /// cannot take.
 EncodingPlan planEncoding(const EncodingRequest& request);
 
-/// Bytes a sample description's depth field must state: 32 with an alpha channel, 24 without.
+/// What the depth field of the sample description must state: 32 with an alpha channel, 24 without.
 int sampleDescriptionDepth(const EncodingPlan& plan);
 
 }  // namespace Morvane::Worker

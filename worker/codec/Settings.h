@@ -4,7 +4,7 @@
 #include "worker/codec/Colour.h"
 
 extern "C" {
-#include <libavcodec/defs.h>
+#include <libavcodec/codec_par.h>
 #include <libavutil/rational.h>
 }
 
@@ -24,11 +24,11 @@ namespace Morvane::Worker {
 /// codec's own options.
 class Settings {
 public:
-    /// The defaults of `codec`: what the empty text means.
-    static Settings defaults(const Codec& codec);
+    /// The defaults of `row`: what the empty text means.
+    static Settings defaults(const Codec& row);
 
-    /// The settings that `text` means for `codec`.
-    static Settings parse(const std::string& text, const Codec& codec);
+    /// The settings that `text` means for `row`.
+    static Settings parse(const std::string& text, const Codec& row);
 
     /// The complete, normalised text: every effective value in a fixed order. Parsing it gives these settings
     /// again and the same text. What another knob decides (quality) and what nobody gave (aspect, timecode,
@@ -45,7 +45,7 @@ public:
 
     /// The settings of a property list such as `propertyListText` gives; facts and descriptions in it are
     /// ignored.
-    static Settings fromPropertyList(const std::string& listText, const Codec& codec);
+    static Settings fromPropertyList(const std::string& listText, const Codec& row);
 
     const Codec* codec = nullptr;  ///< the row that these settings were checked against; never null
 
