@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_APPLICATION_H
-#define KEX_IMAGE_APPLICATION_H
+#pragma once
 
 #include <string>
 
@@ -26,5 +25,3 @@ public:
 };
 
 }  // namespace Kex::Image
-
-#endif

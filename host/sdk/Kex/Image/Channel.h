@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_CHANNEL_H
-#define KEX_IMAGE_CHANNEL_H
+#pragma once
 
 namespace Kex::Image {
 
@@ -16,5 +15,3 @@ enum Channel {
 constexpr int channelCount = 4;
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_CHANNEL_SET_H
-#define KEX_IMAGE_CHANNEL_SET_H
+#pragma once
 
 #include "Kex/Image/Channel.h"
 
@@ -35,5 +34,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_DESCRIPTION_H
-#define KEX_IMAGE_DESCRIPTION_H
+#pragma once
 
 #include "Kex/Image/Export.h"
 
@@ -30,5 +29,3 @@ protected:
 };
 
 }  // namespace Kex::Image
-
-#endif

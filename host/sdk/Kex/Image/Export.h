@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_EXPORT_H
-#define KEX_IMAGE_EXPORT_H
+#pragma once
 
 /// Everything that carries this mark can be called across the border of libKexImage; everything else is
 /// hidden.
@@ -8,5 +7,3 @@
 /// Lets the compiler check the arguments of a printf-style function. `this` counts as argument 1.
 #define KEX_IMAGE_PRINTF(formatIndex, firstArgument) \
     __attribute__((format(printf, formatIndex, firstArgument)))
-
-#endif

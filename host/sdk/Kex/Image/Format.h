@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_FORMAT_H
-#define KEX_IMAGE_FORMAT_H
+#pragma once
 
 namespace Kex::Image {
 
@@ -25,5 +24,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

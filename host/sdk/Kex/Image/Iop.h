@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_IOP_H
-#define KEX_IMAGE_IOP_H
+#pragma once
 
 #include "Kex/Image/ChannelSet.h"
 #include "Kex/Image/Export.h"
@@ -24,5 +23,3 @@ public:
 };
 
 }  // namespace Kex::Image
-
-#endif

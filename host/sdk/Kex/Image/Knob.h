@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_KNOB_H
-#define KEX_IMAGE_KNOB_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -109,5 +108,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_KNOB_CLOSURE_H
-#define KEX_IMAGE_KNOB_CLOSURE_H
+#pragma once
 
 #include "Kex/Image/Export.h"
 #include "Kex/Image/Knob.h"
@@ -31,5 +30,3 @@ KEX_IMAGE_API void SetRange(Knob_Closure& closure, double low, double high);
 KEX_IMAGE_API void SetFlags(Knob_Closure& closure, int flags);
 
 }  // namespace Kex::Image
-
-#endif

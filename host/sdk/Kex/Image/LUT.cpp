@@ -3,15 +3,11 @@
 #include <array>
 #include <cmath>
 
+#include "Kex/Image/CurveKernels.h"
+
 namespace Kex::Image {
 
 namespace {
-
-/// What the scalar and the array form of every curve share: the mirror image of negative values.
-template <typename Formula>
-double mirrored(double value, double black, Formula formula) {
-    return value < 0 ? 2 * black - formula(-value) : formula(value);
-}
 
 class LinearLut final : public LUT {
 public:
@@ -21,13 +17,11 @@ public:
     double toLinear(double stored) const override { return stored; }
 
     void toStored(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * stride] = from[i];
-        }
+        copyRun({to, from, count, stride});
     }
 
     void toLinear(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        toStored(to, from, count, stride);
+        copyRun({to, from, count, stride});
     }
 };
 
@@ -35,78 +29,70 @@ public:
 class PowerLut final : public LUT {
 public:
     struct Curve {
-        double lineEnd;  ///< linear light below which the line holds
+        double lineEnd;  ///< linear light as far as which the line holds
         double slope;
         double scale;
         double exponent;
         double offset;
     };
 
-    PowerLut(int number, const char* text, const Curve& formula) : LUT(number, text), curve(formula) {}
+    PowerLut(int number, const char* text, const Curve& c)
+        : LUT(number, text),
+          forward{c.lineEnd, c.slope, 1, 0, c.exponent, c.scale, -c.offset},
+          inverse{c.lineEnd * c.slope, 1 / c.slope, 1 / c.scale, c.offset / c.scale, 1 / c.exponent, 1, 0} {}
 
-    double toStored(double linear) const override {
-        return mirrored(linear, 0, [&](double x) {
-            return x <= curve.lineEnd ? curve.slope * x
-                                      : curve.scale * std::pow(x, curve.exponent) - curve.offset;
-        });
-    }
-
-    double toLinear(double stored) const override {
-        return mirrored(stored, 0, [&](double v) {
-            return v <= curve.slope * curve.lineEnd
-                       ? v / curve.slope
-                       : std::pow((v + curve.offset) / curve.scale, 1 / curve.exponent);
-        });
-    }
+    double toStored(double linear) const override { return value(forward, linear); }
+    double toLinear(double stored) const override { return value(inverse, stored); }
 
     void toStored(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * stride] = static_cast<float>(toStored(static_cast<double>(from[i])));
-        }
+        applyPower(forward, {to, from, count, stride});
     }
 
     void toLinear(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * stride] = static_cast<float>(toLinear(static_cast<double>(from[i])));
-        }
+        applyPower(inverse, {to, from, count, stride});
     }
 
 private:
-    Curve curve;
+    static double value(const PowerFormula& formula, double x) {
+        const double magnitude = std::fabs(x);
+        const double y =
+            magnitude <= formula.lineEnd
+                ? formula.slope * magnitude
+                : formula.scale * std::pow(formula.gain * magnitude + formula.lift, formula.exponent) +
+                      formula.offset;
+        return std::copysign(y, x);
+    }
+
+    PowerFormula forward;
+    PowerFormula inverse;
 };
 
 /// Printing density of film, 10 bits: white at code 685, black at 95, 0.002 density a code, negative gamma
-/// 0.6.
+/// 0.6, that is, 300 codes for each factor of ten.
 class FilmLut final : public LUT {
 public:
     FilmLut() : LUT(5, "cineon") {}
 
     double toStored(double linear) const override {
-        return mirrored(linear, blackStored,
-                        [&](double x) { return (685 + 300 * std::log10(x * (1 - base) + base)) / 1023; });
+        const double rise = formula.density * std::log2(formula.gain * std::fabs(linear) + 1);
+        return formula.black + std::copysign(rise, linear);
     }
 
     double toLinear(double stored) const override {
-        const double v = stored < blackStored ? 2 * blackStored - stored : stored;
-        const double x = (std::pow(10, (1023 * v - 685) / 300) - base) / (1 - base);
-        return stored < blackStored ? -x : x;
+        const double rise = stored - formula.black;
+        return std::copysign((std::exp2(std::fabs(rise) / formula.density) - 1) / formula.gain, rise);
     }
 
     void toStored(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * stride] = static_cast<float>(toStored(static_cast<double>(from[i])));
-        }
+        applyLog(formula, {to, from, count, stride});
     }
 
     void toLinear(float* to, const float* from, std::size_t count, std::size_t stride) const override {
-        for (std::size_t i = 0; i < count; ++i) {
-            to[i * stride] = static_cast<float>(toLinear(static_cast<double>(from[i])));
-        }
+        applyInverseLog(formula, {to, from, count, stride});
     }
 
 private:
-    const double base = std::pow(10, (95 - 685) / 300.0);
-    const double blackStored = 95 / 1023.0;
+    const LogFormula formula{95 / 1023.0, 300 * std::log10(2.0) / 1023, std::pow(10, (685 - 95) / 300.0) - 1};
 };
 
 const std::array<const LUT*, 7>& table() {

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_LUT_H
-#define KEX_IMAGE_LUT_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -12,19 +11,19 @@ namespace Kex::Image {
 /// to 1 and nothing is clamped: values above 1 follow the curve's formula, values below 0 its mirror image
 /// through black. NaN stays NaN and infinities stay infinite.
 ///
-/// | type | name     | stored value of linear light x, for x >= 0                                     |
-/// source          |
-/// |------|----------|--------------------------------------------------------------------------------|-----------------|
-/// | 0    | linear   | x                                                                              | | | 1
-/// | rec709   | x < 0.018: 4.5 x, else 1.099 x^0.45 - 0.099                                    | ITU-R
-/// BT.709-6  | | 2    | gamma1.8 | x^(1/1.8) |                 | | 3    | gamma2.2 | x^(1/2.2) | | | 4    |
-/// gamma2.4 | x^(1/2.4)                                                                      | ITU-R BT.1886
-/// | | 5    | cineon   | (685 + 300 log10(x (1 - k) + k)) / 1023, k = 10^((95 - 685) / 300)             |
-/// film density    | | 6    | srgb     | x <= 0.0031308: 12.92 x, else 1.055 x^(1/2.4) - 0.055 | IEC
-/// 61966-2-1   |
+/// | type | name     | stored value of linear light x, for x >= 0          | source          |
+/// |------|----------|-----------------------------------------------------|-----------------|
+/// | 0    | linear   | x                                                   |                 |
+/// | 1    | rec709   | x <= 0.018: 4.5 x, else 1.099 x^0.45 - 0.099        | ITU-R BT.709-6  |
+/// | 2    | gamma1.8 | x^(1/1.8)                                           |                 |
+/// | 3    | gamma2.2 | x^(1/2.2)                                           |                 |
+/// | 4    | gamma2.4 | x^(1/2.4)                                           | ITU-R BT.1886   |
+/// | 5    | cineon   | (685 + 300 log10(x (1 - k) + k)) / 1023             | printing        |
+/// |      |          | with k = 10^((95 - 685) / 300)                      | density of film |
+/// | 6    | srgb     | x <= 0.0031308: 12.92 x, else 1.055 x^(1/2.4) - 0.055 | IEC 61966-2-1 |
 ///
-/// The mirror image is -f(-x), and for cineon, whose black is not 0, 2 f(0) - f(-x). Curves are immutable,
-/// live as long as the library and may be used by any number of threads.
+/// The mirror image of f is -f(-x), and for cineon, whose black is not 0, 2 f(0) - f(-x). Curves are
+/// immutable, live as long as the library and may be used by any number of threads.
 class KEX_IMAGE_API LUT {
 public:
     /// The curve of that type, null for a type that is not in the table.
@@ -59,5 +58,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_META_DATA_H
-#define KEX_IMAGE_META_DATA_H
+#pragma once
 
 #include <cstdint>
 #include <map>
@@ -46,5 +45,3 @@ private:
 };
 
 }  // namespace Kex::Image::MetaData
-
-#endif

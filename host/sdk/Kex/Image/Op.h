@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_OP_H
-#define KEX_IMAGE_OP_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -66,5 +65,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

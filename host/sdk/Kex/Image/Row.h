@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_ROW_H
-#define KEX_IMAGE_ROW_H
+#pragma once
 
 #include <array>
 #include <vector>
@@ -48,5 +47,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_WRITE_H
-#define KEX_IMAGE_WRITE_H
+#pragma once
 
 #include <string>
 
@@ -73,5 +72,3 @@ private:
 };
 
 }  // namespace Kex::Image
-
-#endif

@@ -1,5 +1,4 @@
-#ifndef KEX_IMAGE_WRITER_H
-#define KEX_IMAGE_WRITER_H
+#pragma once
 
 #include <string>
 
@@ -112,5 +111,3 @@ public:
 };
 
 }  // namespace Kex::Image
-
-#endif
