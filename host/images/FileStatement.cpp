@@ -1,0 +1,110 @@
+#include "host/images/FileStatement.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+#include <initializer_list>
+
+namespace Corvel {
+namespace {
+
+bool contains(const std::string& text, const char* part) {
+    return OIIO::Strutil::icontains(text, part);
+}
+
+// The curve of a file that states a plain exponent, empty where we have no such curve.
+std::string curveOfGamma(double gamma) {
+    struct Known {
+        double gamma;
+        const char* curve;
+    };
+    for (const Known& known : {Known{1.0, "linear"}, {1.8, "gamma1.8"}, {2.2, "gamma2.2"}, {2.4, "gamma2.4"}})
+        if (std::abs(gamma - known.gamma) < 0.05)
+            return known.curve;
+    return "";
+}
+
+std::string curveOfColorSpace(const std::string& space) {
+    if (contains(space, "srgb"))
+        return "srgb";
+    if (contains(space, "linear"))
+        return "linear";
+    if (contains(space, "709"))
+        return "rec709";
+    if (contains(space, "log"))
+        return "cineon";
+    if (OIIO::Strutil::istarts_with(space, "gamma"))
+        return curveOfGamma(OIIO::Strutil::stof(space.substr(5)));
+    return "";
+}
+
+// The transfer characteristics that the image library does not translate into a colour space. Printing
+// density is what film scanners write for their logarithmic values (SMPTE 268M, table of transfer
+// characteristics).
+std::string curveOfDpxTransfer(const std::string& transfer) {
+    if (contains(transfer, "density") || contains(transfer, "log"))
+        return "cineon";
+    if (contains(transfer, "linear"))
+        return "linear";
+    if (contains(transfer, "ITU-R") || contains(transfer, "SMPTE"))
+        return "rec709";
+    return "";
+}
+
+int binaryCodedDecimal(std::uint32_t word, int shift, std::uint32_t tensMask) {
+    const std::uint32_t ones = word >> shift & 15u;
+    const std::uint32_t tens = word >> (shift + 4) & tensMask;
+    return ones > 9 ? 100 : static_cast<int>(tens * 10 + ones);
+}
+
+std::string rateText(double rate) {
+    return std::isfinite(rate) && rate > 0 ? fmt::format("{:.6g}", rate) : "";
+}
+
+std::string rateOf(const OIIO::ImageSpec& spec) {
+    if (const OIIO::ParamValue* ratio = spec.find_attribute("FramesPerSecond", OIIO::TypeRational)) {
+        const int* parts = static_cast<const int*>(ratio->data());
+        return parts[1] == 0 ? "" : rateText(static_cast<double>(parts[0]) / parts[1]);
+    }
+    // The film header's rate, else the television header's.
+    const std::string film = rateText(spec.get_float_attribute("dpx:FrameRate"));
+    return film.empty() ? rateText(spec.get_float_attribute("dpx:TemporalFrameRate")) : film;
+}
+
+}  // namespace
+
+std::string curveOf(const OIIO::ImageSpec& spec) {
+    std::string curve = curveOfColorSpace(spec.get_string_attribute("oiio:ColorSpace"));
+    if (curve.empty())
+        curve = curveOfDpxTransfer(spec.get_string_attribute("dpx:Transfer"));
+    if (curve.empty())
+        curve = spec.format.is_floating_point() ? "linear" : "srgb";
+    return curve;
+}
+
+std::string timecodeText(std::uint32_t timeAndFlags) {
+    const int frames = binaryCodedDecimal(timeAndFlags, 0, 3);
+    const int seconds = binaryCodedDecimal(timeAndFlags, 8, 7);
+    const int minutes = binaryCodedDecimal(timeAndFlags, 16, 7);
+    const int hours = binaryCodedDecimal(timeAndFlags, 24, 3);
+    if (hours > 23 || minutes > 59 || seconds > 59 || frames > 39)
+        return "";
+    const bool drop = (timeAndFlags & 1u << 6) != 0;
+    return fmt::format("{:02}:{:02}:{:02}{}{:02}", hours, minutes, seconds, drop ? ';' : ':', frames);
+}
+
+Metadata metadataOf(const OIIO::ImageSpec& spec) {
+    Metadata metadata;
+    const auto set = [&metadata](const char* key, const std::string& value) {
+        if (!value.empty())
+            metadata[key] = value;
+    };
+    if (const OIIO::ParamValue* timecode = spec.find_attribute("smpte:TimeCode", OIIO::TypeTimeCode))
+        set("input/timecode", timecodeText(*static_cast<const std::uint32_t*>(timecode->data())));
+    set("quicktime/reel", spec.get_string_attribute("dpx:InputDevice"));
+    set("quicktime/reel", spec.get_string_attribute("reelName"));
+    set("input/frame_rate", rateOf(spec));
+    return metadata;
+}
+
+}  // namespace Corvel

@@ -1,0 +1,220 @@
+#include "host/images/LibraryReader.h"
+
+#include <OpenImageIO/imagebuf.h>
+#include <OpenImageIO/imagebufalgo.h>
+#include <OpenImageIO/imageio.h>
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <mutex>
+
+#include "Kex/Image/LUT.h"
+#include "host/images/ChannelLayout.h"
+#include "host/images/DpxFile.h"
+#include "host/images/FileStatement.h"
+
+namespace Corvel {
+namespace {
+
+using Kex::Image::LUT;
+
+// One line out of what a library says, which may be several or none.
+std::string oneLine(std::string reason) {
+    const std::size_t end = reason.find_last_not_of(" \n\r");
+    reason.erase(end == std::string::npos ? 0 : end + 1);
+    std::replace(reason.begin(), reason.end(), '\n', ';');
+    return reason.empty() ? "no reason given" : reason;
+}
+
+[[noreturn]] void refuse(const std::string& path, const std::string& reason) {
+    throw UnreadableImage(fmt::format("cannot read {}: {}", path, oneLine(reason)));
+}
+
+// The file's pixels as they are read: width x height x channels floats, interleaved.
+struct Pixels {
+    const float* samples = nullptr;
+    Window window;
+    int channels = 0;
+    ChannelLayout layout;  // indices among `channels`
+    bool straightAlpha = false;
+    const LUT& curve;
+};
+
+std::unique_ptr<OIIO::ImageInput> openFile(const std::string& path) {
+    // Straight alpha must reach us unmultiplied: it is multiplied in linear light, after the curve.
+    OIIO::ImageSpec options;
+    options.attribute("oiio:UnassociatedAlpha", 1);
+    std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &options);
+    if (!input)
+        refuse(path, OIIO::geterror());
+    input->threads(1);
+    return input;
+}
+
+void checkSize(const std::string& path, int width, int height) {
+    if (16.0 * width * height > std::numeric_limits<std::int32_t>::max())
+        refuse(path,
+               fmt::format("a picture of {} x {} pixels takes more than 2 GiB as floats", width, height));
+}
+
+void checkPixels(const std::string& path, const OIIO::ImageSpec& spec) {
+    if (spec.deep)
+        refuse(path, "it has deep samples; flatten it first");
+    if (spec.depth > 1)
+        refuse(path, "it is a volume, not a picture");
+    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1)
+        refuse(path, "it has no pixels");
+    checkSize(path, spec.width, spec.height);
+    checkSize(path, spec.full_width, spec.full_height);
+}
+
+Window displayWindowOf(const OIIO::ImageSpec& spec) {
+    if (spec.full_width < 1 || spec.full_height < 1)
+        return {spec.x, spec.y, spec.width, spec.height};
+    return {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
+}
+
+double pixelAspectOf(const OIIO::ImageSpec& spec) {
+    const double aspect = spec.get_float_attribute("PixelAspectRatio", 1.0f);
+    return std::isfinite(aspect) && aspect > 0 ? aspect : 1.0;
+}
+
+// How the picture must be turned to stand upright, as in TIFF and Exif: 1 to 8.
+constexpr int upright = 1;
+
+int orientationOf(const OIIO::ImageSpec& spec) {
+    const int orientation = spec.get_int_attribute("Orientation", upright);
+    return orientation >= 1 && orientation <= 8 ? orientation : upright;
+}
+
+PictureHeader headerOf(const OIIO::ImageSpec& spec) {
+    PictureHeader header;
+    header.display = displayWindowOf(spec);
+    header.data = {spec.x, spec.y, spec.width, spec.height};
+    header.pixelAspect = pixelAspectOf(spec);
+    header.hasAlpha = findChannels(spec.channelnames).alpha >= 0;
+    header.bits = spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8);
+    header.floatingPoint = spec.format.is_floating_point();
+    header.curve = curveOf(spec);
+    header.metadata = metadataOf(spec);
+    if (const int orientation = orientationOf(spec); orientation != upright) {
+        const bool onItsSide = orientation > 4;
+        header.data = {0, 0, onItsSide ? spec.height : spec.width, onItsSide ? spec.width : spec.height};
+        header.display = header.data;
+        header.pixelAspect = onItsSide ? 1 / header.pixelAspect : header.pixelAspect;
+    }
+    return header;
+}
+
+// Turns the pixels in `samples` upright.
+void turnUpright(const std::string& path, const OIIO::ImageSpec& spec, int channels,
+                 std::vector<float>& samples) {
+    OIIO::ImageSpec layout(spec.width, spec.height, channels, OIIO::TypeFloat);
+    layout.attribute("Orientation", orientationOf(spec));
+    const OIIO::ImageBuf turned = OIIO::ImageBufAlgo::reorient(OIIO::ImageBuf(layout, samples.data()), 1);
+    if (turned.has_error() || !turned.get_pixels(turned.roi(), OIIO::TypeFloat, samples.data()))
+        refuse(path, turned.geterror());
+}
+
+// Splits `count` pixels of one channel out of interleaved samples and makes them linear.
+void splitChannel(const Pixels& pixels, const float* from, int channel, bool curved, float* to, int count) {
+    from += channel;
+    for (int x = 0; x < count; ++x)
+        to[x] = from[static_cast<std::size_t>(x) * static_cast<std::size_t>(pixels.channels)];
+    if (curved)
+        pixels.curve.toLinear(to, to, static_cast<std::size_t>(count), 1);
+}
+
+void multiply(float* colour, const float* alpha, int count) {
+    for (int x = 0; x < count; ++x)
+        colour[x] *= alpha[x];
+}
+
+// One row of the picture from column `left` on, out of row `from` of the file.
+void placeRow(const Pixels& pixels, const float* from, Picture& picture, int y, int left, int count) {
+    const int colours[3] = {pixels.layout.red, pixels.layout.green, pixels.layout.blue};
+    if (picture.hasAlpha())
+        splitChannel(pixels, from, pixels.layout.alpha, false, picture.row(3, y) + left, count);
+    for (int channel = 0; channel < 3; ++channel) {
+        float* to = picture.row(channel, y) + left;
+        splitChannel(pixels, from, colours[channel], true, to, count);
+        if (pixels.straightAlpha)
+            multiply(to, picture.row(3, y) + left, count);
+    }
+}
+
+// Lays the pixels of the data window where they belong in the display window.
+void place(const Pixels& pixels, const Window& display, Picture& picture) {
+    const Window& data = pixels.window;
+    const std::int64_t left = std::max<std::int64_t>(std::int64_t{data.x} - display.x, 0);
+    const std::int64_t right =
+        std::min<std::int64_t>(std::int64_t{data.x} + data.width - display.x, display.width);
+    const std::int64_t top = std::max<std::int64_t>(std::int64_t{data.y} - display.y, 0);
+    const std::int64_t bottom =
+        std::min<std::int64_t>(std::int64_t{data.y} + data.height - display.y, display.height);
+    const bool covered = left == 0 && top == 0 && right == display.width && bottom == display.height;
+    if (!covered)
+        picture.clear();
+    if (left >= right)
+        return;
+    for (std::int64_t y = top; y < bottom; ++y) {
+        const std::int64_t fileRow = y + display.y - data.y;
+        const std::int64_t fileColumn = left + display.x - data.x;
+        const float* from = pixels.samples + (fileRow * data.width + fileColumn) * pixels.channels;
+        placeRow(pixels, from, picture, static_cast<int>(y), static_cast<int>(left),
+                 static_cast<int>(right - left));
+    }
+}
+
+}  // namespace
+
+LibraryReader::LibraryReader() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        OIIO::attribute("threads", 1);
+        OIIO::attribute("exr_threads", -1);  // -1: none besides the caller
+    });
+}
+
+PictureHeader LibraryReader::readHeader(const std::string& path) {
+    const std::unique_ptr<OIIO::ImageInput> input = openFile(path);
+    checkPixels(path, input->spec());
+    return headerOf(input->spec());
+}
+
+PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Picture& picture) {
+    const std::unique_ptr<OIIO::ImageInput> input = openFile(path);
+    const OIIO::ImageSpec spec = input->spec();
+    checkPixels(path, spec);
+    const PictureHeader header = headerOf(spec);
+    const ChannelLayout layout = findChannels(spec.channelnames);
+    const int begin = layout.begin();
+    const int channels = layout.end() - begin;
+
+    scratch.resize(spec.image_pixels() * static_cast<std::size_t>(channels));
+    const bool done = input->read_image(0, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
+    // Some formats say that all is well and still leave an error behind, for a file that is cut short.
+    if (!done || input->has_error())
+        refuse(path, input->geterror());
+    if (!dpxIsComplete(path))
+        refuse(path, "the file is cut short");
+    if (orientationOf(spec) != upright)
+        turnUpright(path, spec, channels, scratch);
+
+    const LUT* stated = curve ? curve : LUT::find(header.curve);
+    const Pixels pixels{
+        .samples = scratch.data(),
+        .window = header.data,
+        .channels = channels,
+        .layout = {layout.red - begin, layout.green - begin, layout.blue - begin, layout.alpha - begin},
+        .straightAlpha = header.hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
+        .curve = *stated,
+    };
+    picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
+    place(pixels, header.display, picture);
+    return header;
+}
+
+}  // namespace Corvel

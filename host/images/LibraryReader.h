@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "host/images/ImageReader.h"
+
+namespace Corvel {
+
+/// The reader for every format of the image library (OpenImageIO). One read call a file, into interleaved
+/// scratch memory that is kept, then one pass a row that splits, linearises and premultiplies.
+class LibraryReader : public ImageReader {
+public:
+    /// Keeps the image library from starting threads: each frame is read on the thread that asks for it.
+    LibraryReader();
+
+    PictureHeader readHeader(const std::string& path) override;
+    PictureHeader read(const std::string& path, const Kex::Image::LUT* curve, Picture& picture) override;
+
+private:
+    std::vector<float> scratch;  // the file's data window, channels interleaved
+};
+
+}  // namespace Corvel

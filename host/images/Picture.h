@@ -1,0 +1,66 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+namespace Corvel {
+
+/// A rectangle of pixels in a file's own coordinates: columns from the left, rows from the top, `x` and `y`
+/// the first ones, which may be negative.
+struct Window {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+
+    bool operator==(const Window&) const = default;
+};
+
+/// One decoded frame: planar floats in linear light, premultiplied, one plane a channel in the order red,
+/// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows.
+///
+/// Made to be used again and again: `reset` allocates only when the new picture is larger than any before, so
+/// that a render touches the same pages for every frame. One thread at a time.
+class Picture {
+public:
+    Picture() = default;
+    Picture(Picture&&) = default;
+    Picture& operator=(Picture&&) = default;
+
+    /// Gives the picture a size and 3 (no alpha) or 4 channels. The samples are arbitrary afterwards. Throws
+    /// std::bad_alloc.
+    void reset(int width, int height, int channels);
+
+    int width() const { return width_; }
+    int height() const { return height_; }
+    int channels() const { return channels_; }
+    bool hasAlpha() const { return channels_ == 4; }
+
+    /// The first sample of a row of one channel (0 red, 1 green, 2 blue, 3 alpha), `width()` floats; row 0 is
+    /// the top one. Valid until the next `reset`.
+    float* row(int channel, int y) { return samples.get() + offset(channel, y); }
+    const float* row(int channel, int y) const { return samples.get() + offset(channel, y); }
+
+    /// Number of floats from one row of a channel to the next, and from one channel to the next.
+    std::size_t rowStride() const { return static_cast<std::size_t>(width_); }
+    std::size_t planeStride() const { return rowStride() * static_cast<std::size_t>(height_); }
+
+    /// Makes every sample 0: black, transparent where there is alpha.
+    void clear();
+
+    /// Bytes that a picture of that size takes.
+    static std::size_t bytes(int width, int height, int channels);
+
+private:
+    std::size_t offset(int channel, int y) const {
+        return static_cast<std::size_t>(channel) * planeStride() + static_cast<std::size_t>(y) * rowStride();
+    }
+
+    std::unique_ptr<float[]> samples;
+    std::size_t capacity = 0;  // floats
+    int width_ = 0;
+    int height_ = 0;
+    int channels_ = 0;
+};
+
+}  // namespace Corvel

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "host/images/Picture.h"
+
+namespace Corvel {
+
+/// What a file says about the shot besides its pixels. The host's own keys are "input/timecode" (text such as
+/// 01:00:00:00; ";" before the frames where the file says drop-frame), "quicktime/reel" and
+/// "input/frame_rate" (frames a second as text); the others are the file's.
+using Metadata = std::map<std::string, std::string>;
+
+/// What an image file is, read without its pixels.
+struct PictureHeader {
+    Window display;          ///< what a viewer shows; its size is the frame's
+    Window data;             ///< the pixels that the file has; may be smaller, larger or elsewhere
+    double pixelAspect = 1;  ///< width of a pixel divided by its height
+    bool hasAlpha = false;
+    int bits = 8;  ///< of one sample
+    bool floatingPoint = false;
+    std::string
+        curve;  ///< name of the curve of the stored values (Kex::Image::LUT), empty when not known here
+    Metadata metadata;
+};
+
+}  // namespace Corvel
