@@ -21,20 +21,23 @@ std::vector<Name> splitNames(const std::vector<std::string>& names) {
     std::vector<Name> split;
     for (const std::string& name : names) {
         const std::size_t dot = name.rfind('.');
-        if (dot == std::string::npos)
+        if (dot == std::string::npos) {
             split.push_back({"", lowered(name)});
-        else
+        } else {
             split.push_back({name.substr(0, dot), lowered(name.substr(dot + 1))});
+        }
     }
     return split;
 }
 
 int indexOf(const std::vector<Name>& names, const std::string& layer,
             std::initializer_list<const char*> wanted) {
-    for (std::size_t i = 0; i < names.size(); ++i)
+    for (std::size_t i = 0; i < names.size(); ++i) {
         if (names[i].layer == layer &&
-            std::find(wanted.begin(), wanted.end(), names[i].channel) != wanted.end())
+            std::find(wanted.begin(), wanted.end(), names[i].channel) != wanted.end()) {
             return static_cast<int>(i);
+        }
+    }
     return -1;
 }
 
@@ -60,18 +63,23 @@ int ChannelLayout::end() const {
 ChannelLayout findChannels(const std::vector<std::string>& names) {
     const std::vector<Name> split = splitNames(names);
     ChannelLayout layout;
-    if (findColours(split, "", layout))
+    if (findColours(split, "", layout)) {
         return layout;
-    for (const Name& name : split)
-        if (!name.layer.empty() && findColours(split, name.layer, layout))
+    }
+    for (const Name& name : split) {
+        if (!name.layer.empty() && findColours(split, name.layer, layout)) {
             return layout;
+        }
+    }
 
     const int alpha = indexOf(split, "", {"a", "alpha"});
     const int grey = indexOf(split, "", {"y", "l", "luminance", "i"});
-    if (grey >= 0)
+    if (grey >= 0) {
         return {grey, grey, grey, alpha};
-    if (names.size() < 3)
+    }
+    if (names.size() < 3) {
         return {0, 0, 0, alpha > 0 ? alpha : -1};
+    }
     return {0, 1, 2, alpha > 2 ? alpha : -1};
 }
 

@@ -75,10 +75,12 @@ std::uint64_t samplesPerPixel(std::uint64_t descriptorCode) {
 
 // The least that so many samples can take: lines may be padded to whole words, but some programs don't.
 std::uint64_t leastBytes(std::uint64_t samples, std::uint64_t bits, bool filled) {
-    if (filled && bits == 10)
+    if (filled && bits == 10) {
         return (samples + 2) / 3 * 4;
-    if (filled && bits == 12)
+    }
+    if (filled && bits == 12) {
         return samples * 2;
+    }
     return (samples * bits + 7) / 8;
 }
 
@@ -86,8 +88,9 @@ std::uint64_t leastBytes(std::uint64_t samples, std::uint64_t bits, bool filled)
 
 bool dpxIsComplete(const std::string& path) {
     const Header header(path);
-    if (!header.isDpx() || header.number(encoding, 2) != 0)
+    if (!header.isDpx() || header.number(encoding, 2) != 0) {
         return true;
+    }
     const std::uint64_t samples = header.number(pixelsPerLine, 4) * header.number(linesPerElement, 4) *
                                   samplesPerPixel(header.number(descriptor, 1));
     const std::uint64_t needed =

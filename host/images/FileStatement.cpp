@@ -18,23 +18,31 @@ std::string curveOfGamma(double gamma) {
         double gamma;
         const char* curve;
     };
-    for (const Known& known : {Known{1.0, "linear"}, {1.8, "gamma1.8"}, {2.2, "gamma2.2"}, {2.4, "gamma2.4"}})
-        if (std::abs(gamma - known.gamma) < 0.05)
+    for (const Known& known :
+         {Known{1.0, "linear"}, {1.8, "gamma1.8"}, {2.2, "gamma2.2"}, {2.4, "gamma2.4"}}) {
+        if (std::abs(gamma - known.gamma) < 0.05) {
             return known.curve;
+        }
+    }
     return "";
 }
 
 std::string curveOfColorSpace(const std::string& space) {
-    if (contains(space, "srgb"))
+    if (contains(space, "srgb")) {
         return "srgb";
-    if (contains(space, "linear"))
+    }
+    if (contains(space, "linear")) {
         return "linear";
-    if (contains(space, "709"))
+    }
+    if (contains(space, "709")) {
         return "rec709";
-    if (contains(space, "log"))
+    }
+    if (contains(space, "log")) {
         return "cineon";
-    if (OIIO::Strutil::istarts_with(space, "gamma"))
+    }
+    if (OIIO::Strutil::istarts_with(space, "gamma")) {
         return curveOfGamma(OIIO::Strutil::stof(space.substr(5)));
+    }
     return "";
 }
 
@@ -42,12 +50,15 @@ std::string curveOfColorSpace(const std::string& space) {
 // density is what film scanners write for their logarithmic values (SMPTE 268M, table of transfer
 // characteristics).
 std::string curveOfDpxTransfer(const std::string& transfer) {
-    if (contains(transfer, "density") || contains(transfer, "log"))
+    if (contains(transfer, "density") || contains(transfer, "log")) {
         return "cineon";
-    if (contains(transfer, "linear"))
+    }
+    if (contains(transfer, "linear")) {
         return "linear";
-    if (contains(transfer, "ITU-R") || contains(transfer, "SMPTE"))
+    }
+    if (contains(transfer, "ITU-R") || contains(transfer, "SMPTE")) {
         return "rec709";
+    }
     return "";
 }
 
@@ -75,10 +86,12 @@ std::string rateOf(const OIIO::ImageSpec& spec) {
 
 std::string curveOf(const OIIO::ImageSpec& spec) {
     std::string curve = curveOfColorSpace(spec.get_string_attribute("oiio:ColorSpace"));
-    if (curve.empty())
+    if (curve.empty()) {
         curve = curveOfDpxTransfer(spec.get_string_attribute("dpx:Transfer"));
-    if (curve.empty())
+    }
+    if (curve.empty()) {
         curve = spec.format.is_floating_point() ? "linear" : "srgb";
+    }
     return curve;
 }
 
@@ -87,8 +100,9 @@ std::string timecodeText(std::uint32_t timeAndFlags) {
     const int seconds = binaryCodedDecimal(timeAndFlags, 8, 7);
     const int minutes = binaryCodedDecimal(timeAndFlags, 16, 7);
     const int hours = binaryCodedDecimal(timeAndFlags, 24, 3);
-    if (hours > 23 || minutes > 59 || seconds > 59 || frames > 39)
+    if (hours > 23 || minutes > 59 || seconds > 59 || frames > 39) {
         return "";
+    }
     const bool drop = (timeAndFlags & 1u << 6) != 0;
     return fmt::format("{:02}:{:02}:{:02}{}{:02}", hours, minutes, seconds, drop ? ';' : ':', frames);
 }
@@ -96,11 +110,13 @@ std::string timecodeText(std::uint32_t timeAndFlags) {
 Metadata metadataOf(const OIIO::ImageSpec& spec) {
     Metadata metadata;
     const auto set = [&metadata](const char* key, const std::string& value) {
-        if (!value.empty())
+        if (!value.empty()) {
             metadata[key] = value;
+        }
     };
-    if (const OIIO::ParamValue* timecode = spec.find_attribute("smpte:TimeCode", OIIO::TypeTimeCode))
+    if (const OIIO::ParamValue* timecode = spec.find_attribute("smpte:TimeCode", OIIO::TypeTimeCode)) {
         set("input/timecode", timecodeText(*static_cast<const std::uint32_t*>(timecode->data())));
+    }
     set("quicktime/reel", spec.get_string_attribute("dpx:InputDevice"));
     set("quicktime/reel", spec.get_string_attribute("reelName"));
     set("input/frame_rate", rateOf(spec));

@@ -19,15 +19,17 @@ public:
 
     bool number(int& value) {
         const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), value);
-        if (error != std::errc())
+        if (error != std::errc()) {
             return false;
+        }
         rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
         return true;
     }
 
     bool mark(char wanted) {
-        if (rest.empty() || rest.front() != wanted)
+        if (rest.empty() || rest.front() != wanted) {
             return false;
+        }
         rest.remove_prefix(1);
         return true;
     }
@@ -46,14 +48,17 @@ struct Part {
 
 bool readPart(std::string_view text, Part& part) {
     Scanner scanner(text);
-    if (!scanner.number(part.first))
+    if (!scanner.number(part.first)) {
         return false;
+    }
     part.last = part.first;
     if (scanner.mark('-')) {
-        if (!scanner.number(part.last))
+        if (!scanner.number(part.last)) {
             return false;
-        if (scanner.mark('x') && (!scanner.number(part.step) || part.step < 1))
+        }
+        if (scanner.mark('x') && (!scanner.number(part.step) || part.step < 1)) {
             return false;
+        }
     }
     return scanner.atEnd();
 }
@@ -61,11 +66,13 @@ bool readPart(std::string_view text, Part& part) {
 void append(std::vector<int>& frames, const Part& part, const std::string& text) {
     const std::int64_t distance = std::int64_t{part.last} - part.first;
     const std::int64_t count = std::abs(distance) / part.step + 1;
-    if (static_cast<std::int64_t>(frames.size()) + count > mostFrames)
+    if (static_cast<std::int64_t>(frames.size()) + count > mostFrames) {
         throw BadFrameRange(fmt::format("the frame range \"{}\" has more than {} frames", text, mostFrames));
+    }
     const std::int64_t step = distance < 0 ? -part.step : part.step;
-    for (std::int64_t i = 0; i < count; ++i)
+    for (std::int64_t i = 0; i < count; ++i) {
         frames.push_back(static_cast<int>(part.first + i * step));
+    }
 }
 
 std::string withoutBlanks(const std::string& text) {
@@ -85,12 +92,14 @@ std::vector<int> parseFrameRange(const std::string& text) {
         const std::size_t comma = rest.find(',');
         more = comma != std::string_view::npos;
         Part part;
-        if (!readPart(rest.substr(0, comma), part))
+        if (!readPart(rest.substr(0, comma), part)) {
             throw BadFrameRange(fmt::format(
                 "\"{}\" is not a frame range; examples: 1001-1100, 1-99x2, 1,5,10-20, -10--5", text));
+        }
         append(frames, part, text);
-        if (more)
+        if (more) {
             rest.remove_prefix(comma + 1);
+        }
     }
     std::sort(frames.begin(), frames.end());
     frames.erase(std::unique(frames.begin(), frames.end()), frames.end());
@@ -101,11 +110,13 @@ std::string frameRangeText(const std::vector<int>& frames) {
     std::string text;
     for (std::size_t begin = 0, end; begin < frames.size(); begin = end) {
         end = begin + 1;
-        while (end < frames.size() && std::int64_t{frames[end]} == std::int64_t{frames[end - 1]} + 1)
+        while (end < frames.size() && std::int64_t{frames[end]} == std::int64_t{frames[end - 1]} + 1) {
             ++end;
+        }
         text += fmt::format("{}{}", text.empty() ? "" : ",", frames[begin]);
-        if (end - begin > 1)
+        if (end - begin > 1) {
             text += fmt::format("-{}", frames[end - 1]);
+        }
     }
     return text;
 }

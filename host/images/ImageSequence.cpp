@@ -26,14 +26,17 @@ private:
 
 std::map<int, std::string> filesOf(const std::string& input) {
     const std::optional<SequencePattern> pattern = SequencePattern::parse(input);
-    if (!pattern)
+    if (!pattern) {
         throw NoSuchInput(fmt::format("there is no file {}", input));
+    }
     std::error_code error;
-    if (!std::filesystem::is_directory(pattern->folder(), error))
+    if (!std::filesystem::is_directory(pattern->folder(), error)) {
         throw NoSuchInput(fmt::format("there is no folder {}", pattern->folder()));
+    }
     std::map<int, std::string> files = pattern->findFiles();
-    if (files.empty())
+    if (files.empty()) {
         throw NoSuchInput(fmt::format("no file matches {}", input));
+    }
     return files;
 }
 
@@ -41,17 +44,19 @@ std::map<int, std::string> filesOf(const std::string& input) {
 
 ImageSequence::ImageSequence(const std::string& input, const Kex::Image::LUT* meaning) : curve(meaning) {
     std::error_code error;
-    if (std::filesystem::is_directory(input, error))
+    if (std::filesystem::is_directory(input, error)) {
         throw NoSuchInput(
             fmt::format("{} is a folder; name its files, such as {}/shot.####.exr", input, input));
+    }
     if (std::filesystem::exists(input, error)) {
         still = input;
         numbers = {1};
         return;
     }
     files = filesOf(input);
-    for (const auto& [number, path] : files)
+    for (const auto& [number, path] : files) {
         numbers.push_back(number);
+    }
 }
 
 bool ImageSequence::has(int number) const {

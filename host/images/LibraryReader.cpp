@@ -47,32 +47,38 @@ std::unique_ptr<OIIO::ImageInput> openFile(const std::string& path) {
     OIIO::ImageSpec options;
     options.attribute("oiio:UnassociatedAlpha", 1);
     std::unique_ptr<OIIO::ImageInput> input = OIIO::ImageInput::open(path, &options);
-    if (!input)
+    if (!input) {
         refuse(path, OIIO::geterror());
+    }
     input->threads(1);
     return input;
 }
 
 void checkSize(const std::string& path, int width, int height) {
-    if (16.0 * width * height > std::numeric_limits<std::int32_t>::max())
+    if (16.0 * width * height > std::numeric_limits<std::int32_t>::max()) {
         refuse(path,
                fmt::format("a picture of {} x {} pixels takes more than 2 GiB as floats", width, height));
+    }
 }
 
 void checkPixels(const std::string& path, const OIIO::ImageSpec& spec) {
-    if (spec.deep)
+    if (spec.deep) {
         refuse(path, "it has deep samples; flatten it first");
-    if (spec.depth > 1)
+    }
+    if (spec.depth > 1) {
         refuse(path, "it is a volume, not a picture");
-    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1)
+    }
+    if (spec.width < 1 || spec.height < 1 || spec.nchannels < 1) {
         refuse(path, "it has no pixels");
+    }
     checkSize(path, spec.width, spec.height);
     checkSize(path, spec.full_width, spec.full_height);
 }
 
 Window displayWindowOf(const OIIO::ImageSpec& spec) {
-    if (spec.full_width < 1 || spec.full_height < 1)
+    if (spec.full_width < 1 || spec.full_height < 1) {
         return {spec.x, spec.y, spec.width, spec.height};
+    }
     return {spec.full_x, spec.full_y, spec.full_width, spec.full_height};
 }
 
@@ -114,34 +120,40 @@ void turnUpright(const std::string& path, const OIIO::ImageSpec& spec, int chann
     OIIO::ImageSpec layout(spec.width, spec.height, channels, OIIO::TypeFloat);
     layout.attribute("Orientation", orientationOf(spec));
     const OIIO::ImageBuf turned = OIIO::ImageBufAlgo::reorient(OIIO::ImageBuf(layout, samples.data()), 1);
-    if (turned.has_error() || !turned.get_pixels(turned.roi(), OIIO::TypeFloat, samples.data()))
+    if (turned.has_error() || !turned.get_pixels(turned.roi(), OIIO::TypeFloat, samples.data())) {
         refuse(path, turned.geterror());
+    }
 }
 
 // Splits `count` pixels of one channel out of interleaved samples and makes them linear.
 void splitChannel(const Pixels& pixels, const float* from, int channel, bool curved, float* to, int count) {
     from += channel;
-    for (int x = 0; x < count; ++x)
+    for (int x = 0; x < count; ++x) {
         to[x] = from[static_cast<std::size_t>(x) * static_cast<std::size_t>(pixels.channels)];
-    if (curved)
+    }
+    if (curved) {
         pixels.curve.toLinear(to, to, static_cast<std::size_t>(count), 1);
+    }
 }
 
 void multiply(float* colour, const float* alpha, int count) {
-    for (int x = 0; x < count; ++x)
+    for (int x = 0; x < count; ++x) {
         colour[x] *= alpha[x];
+    }
 }
 
 // One row of the picture from column `left` on, out of row `from` of the file.
 void placeRow(const Pixels& pixels, const float* from, Picture& picture, int y, int left, int count) {
     const int colours[3] = {pixels.layout.red, pixels.layout.green, pixels.layout.blue};
-    if (picture.hasAlpha())
+    if (picture.hasAlpha()) {
         splitChannel(pixels, from, pixels.layout.alpha, false, picture.row(3, y) + left, count);
+    }
     for (int channel = 0; channel < 3; ++channel) {
         float* to = picture.row(channel, y) + left;
         splitChannel(pixels, from, colours[channel], true, to, count);
-        if (pixels.straightAlpha)
+        if (pixels.straightAlpha) {
             multiply(to, picture.row(3, y) + left, count);
+        }
     }
 }
 
@@ -155,10 +167,12 @@ void place(const Pixels& pixels, const Window& display, Picture& picture) {
     const std::int64_t bottom =
         std::min<std::int64_t>(std::int64_t{data.y} + data.height - display.y, display.height);
     const bool covered = left == 0 && top == 0 && right == display.width && bottom == display.height;
-    if (!covered)
+    if (!covered) {
         picture.clear();
-    if (left >= right)
+    }
+    if (left >= right) {
         return;
+    }
     for (std::int64_t y = top; y < bottom; ++y) {
         const std::int64_t fileRow = y + display.y - data.y;
         const std::int64_t fileColumn = left + display.x - data.x;
@@ -196,12 +210,15 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
     scratch.resize(spec.image_pixels() * static_cast<std::size_t>(channels));
     const bool done = input->read_image(0, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
     // Some formats say that all is well and still leave an error behind, for a file that is cut short.
-    if (!done || input->has_error())
+    if (!done || input->has_error()) {
         refuse(path, input->geterror());
-    if (!dpxIsComplete(path))
+    }
+    if (!dpxIsComplete(path)) {
         refuse(path, "the file is cut short");
-    if (orientationOf(spec) != upright)
+    }
+    if (orientationOf(spec) != upright) {
         turnUpright(path, spec, channels, scratch);
+    }
 
     const LUT* stated = curve ? curve : LUT::find(header.curve);
     const Pixels pixels{

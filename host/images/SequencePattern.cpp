@@ -19,10 +19,12 @@ struct Mark {
 // "%d", "%4d" or "%04d" at the given place.
 std::optional<Mark> printfMark(const std::string& name, std::size_t position) {
     std::size_t end = position + 1;
-    while (end < name.size() && name[end] >= '0' && name[end] <= '9')
+    while (end < name.size() && name[end] >= '0' && name[end] <= '9') {
         ++end;
-    if (end >= name.size() || name[end] != 'd' || end - position > 4)
+    }
+    if (end >= name.size() || name[end] != 'd' || end - position > 4) {
         return std::nullopt;
+    }
     int padding = 1;
     std::from_chars(name.data() + position + 1, name.data() + end, padding);
     return Mark{position, end + 1 - position, std::max(padding, 1), true};
@@ -51,8 +53,9 @@ std::optional<Mark> lastMark(const std::string& name) {
 }
 
 std::string withSinglePercents(std::string text) {
-    for (std::size_t i = text.find("%%"); i != std::string::npos; i = text.find("%%", i + 1))
+    for (std::size_t i = text.find("%%"); i != std::string::npos; i = text.find("%%", i + 1)) {
         text.erase(i, 1);
+    }
     return text;
 }
 
@@ -71,8 +74,9 @@ std::optional<SequencePattern> SequencePattern::parse(const std::string& path) {
     const std::size_t start = slash == std::string::npos ? 0 : slash + 1;
     const std::string name = path.substr(start);
     const std::optional<Mark> mark = lastMark(name);
-    if (!mark)
+    if (!mark) {
         return std::nullopt;
+    }
 
     SequencePattern pattern;
     pattern.leading = path.substr(0, start);
@@ -93,22 +97,25 @@ std::string SequencePattern::pathOf(int frame) const {
 
 std::optional<int> SequencePattern::frameOf(const std::string& fileName) const {
     if (fileName.size() <= prefix.size() + suffix.size() || !startsWith(fileName, prefix) ||
-        !endsWith(fileName, suffix))
+        !endsWith(fileName, suffix)) {
         return std::nullopt;
+    }
     const char* begin = fileName.data() + prefix.size();
     const char* end = fileName.data() + fileName.size() - suffix.size();
     int frame = 0;
     const auto [stop, error] = std::from_chars(begin, end, frame);
-    if (error != std::errc() || stop != end)
+    if (error != std::errc() || stop != end) {
         return std::nullopt;
+    }
 
     const bool negative = *begin == '-';
     const auto digits = static_cast<int>(end - begin) - (negative ? 1 : 0);
     const bool padded = digits > 1 && begin[negative ? 1 : 0] == '0';
     // Some programs count the sign of a negative number as a digit and some do not.
     const bool widthFits = digits == padding || (negative && digits + 1 == padding);
-    if (!widthFits && (padded || digits < padding))
+    if (!widthFits && (padded || digits < padding)) {
         return std::nullopt;
+    }
     return frame;
 }
 
@@ -119,13 +126,15 @@ std::map<int, std::string> SequencePattern::findFiles() const {
     for (const std::filesystem::directory_iterator end; !error && entry != end; entry.increment(error)) {
         const std::string name = entry->path().filename().string();
         const std::optional<int> frame = frameOf(name);
-        if (!frame)
+        if (!frame) {
             continue;
+        }
         const std::string path = leading + name;
-        if (path == pathOf(*frame))
+        if (path == pathOf(*frame)) {
             files[*frame] = path;
-        else
+        } else {
             files.emplace(*frame, path);
+        }
     }
     return files;
 }

@@ -18,16 +18,18 @@ class ImageReaderTest : public testing::Test {
 protected:
     std::vector<float> pixel(int x, int y) const {
         std::vector<float> samples;
-        for (int channel = 0; channel < picture.channels(); ++channel)
+        for (int channel = 0; channel < picture.channels(); ++channel) {
             samples.push_back(picture.row(channel, y)[x]);
+        }
         return samples;
     }
 
     void expectPixel(int x, int y, const std::vector<float>& expected, float tolerance = 1e-6f) const {
         const std::vector<float> actual = pixel(x, y);
         ASSERT_EQ(actual.size(), expected.size());
-        for (std::size_t i = 0; i < expected.size(); ++i)
+        for (std::size_t i = 0; i < expected.size(); ++i) {
             EXPECT_NEAR(actual[i], expected[i], tolerance) << "pixel " << x << ", " << y << ", channel " << i;
+        }
     }
 
     PictureHeader read(const std::string& name, const LUT* curve = nullptr) {
@@ -88,13 +90,15 @@ TEST_F(ImageReaderTest, PadsWithTransparentBlackWhereTheFileHasNoPixels) {
     EXPECT_EQ(header.data, (Window{1, 2, 2, 1}));
     ASSERT_EQ(picture.width(), 4);
     ASSERT_EQ(picture.height(), 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x)
+    for (int y = 0; y < 4; ++y) {
+        for (int x = 0; x < 4; ++x) {
             expectPixel(x, y,
                         y == 2 && x == 1   ? std::vector<float>{1, 0, 0, 1}
                         : y == 2 && x == 2 ? std::vector<float>{0, 1, 0, 1}
                                            : std::vector<float>{0, 0, 0, 0},
                         0);
+        }
+    }
 }
 
 TEST_F(ImageReaderTest, PadsAlsoAfterALargerPictureInTheSameMemory) {
@@ -117,9 +121,11 @@ TEST_F(ImageReaderTest, CropsPixelsOutsideOfTheDisplayWindow) {
     spec.full_width = 2;
     spec.full_height = 1;
     std::vector<float> samples;
-    for (int i = 0; i < 12; ++i)
-        for (int channel = 0; channel < 3; ++channel)
+    for (int i = 0; i < 12; ++i) {
+        for (int channel = 0; channel < 3; ++channel) {
             samples.push_back(static_cast<float>(10 * i + channel));
+        }
+    }
     writeImage(folder / "a.exr", spec, samples);
 
     read("a.exr");
@@ -172,14 +178,16 @@ TEST_F(ImageReaderTest, ComesBackToThePngsOwnValuesThroughTheCurve) {
     const LUT* srgb = LUT::find("srgb");
     const ImageSpec spec(256, 1, 3, OIIO::TypeUInt16);
     std::vector<float> samples;
-    for (int i = 0; i < 256 * 3; ++i)
+    for (int i = 0; i < 256 * 3; ++i) {
         samples.push_back(static_cast<float>(i * 85) / 65535.0f);
+    }
     writeImage(folder / "a.png", spec, samples);
     read("a.png");
     std::vector<float> stored(256);
     srgb->toStored(stored.data(), picture.row(1, 0), 256, 1);
-    for (int x = 0; x < 256; ++x)
+    for (int x = 0; x < 256; ++x) {
         EXPECT_EQ(std::lround(stored[static_cast<std::size_t>(x)] * 65535), (x * 3 + 1) * 85);
+    }
 }
 
 TEST_F(ImageReaderTest, LetsTheCallerOverruleTheCurve) {

@@ -27,11 +27,13 @@ TEST(Picture, KeepsItsMemoryForASmallerPicture) {
 TEST(Picture, ClearsEverySample) {
     Picture sut;
     sut.reset(2, 2, 4);
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         sut.row(0, 0)[i] = 1;
+    }
     sut.clear();
-    for (int i = 0; i < 16; ++i)
+    for (int i = 0; i < 16; ++i) {
         EXPECT_EQ(sut.row(0, 0)[i], 0);
+    }
 }
 
 TEST(Picture, CountsBytesBeyondFourGiB) {

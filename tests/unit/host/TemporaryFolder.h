@@ -15,8 +15,9 @@ public:
     TemporaryFolder() {
         const auto* test = testing::UnitTest::GetInstance()->current_test_info();
         std::string name = std::string(test->test_suite_name()) + "." + test->name();
-        for (char& c : name)
+        for (char& c : name) {
             c = c == '/' ? '-' : c;
+        }
         path_ =
             std::filesystem::temp_directory_path() / ("corvel-test-" + name + "-" + std::to_string(getpid()));
         std::filesystem::remove_all(path_);

@@ -24,8 +24,9 @@ inline void writeImage(const std::string& path, const OIIO::ImageSpec& spec,
 /// Pixels of one colour.
 inline std::vector<float> plainPixels(const OIIO::ImageSpec& spec, const std::vector<float>& pixel) {
     std::vector<float> samples;
-    for (OIIO::imagesize_t i = 0; i < spec.image_pixels(); ++i)
+    for (OIIO::imagesize_t i = 0; i < spec.image_pixels(); ++i) {
         samples.insert(samples.end(), pixel.begin(), pixel.end());
+    }
     return samples;
 }
 
