@@ -1,0 +1,11 @@
+#include "writer/CreateController.h"
+
+#include "quicktime/QuickTimeCodecWriterIPCController.h"
+
+namespace Morvane::Writer {
+
+QuickTime::QuickTimeCodecWriterInterface* createController() {
+    return QuickTime::createWriterController();
+}
+
+}  // namespace Morvane::Writer
