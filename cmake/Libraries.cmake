@@ -19,6 +19,8 @@ set_target_properties(OpenImageIO::OpenImageIO PROPERTIES INTERFACE_INCLUDE_DIRE
 pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
 pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
+pkg_check_modules(openexr REQUIRED IMPORTED_TARGET OpenEXR)
+pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
 if(NOT APPLE)
   pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <mutex>
 
@@ -160,26 +161,42 @@ void placeRow(const Pixels& pixels, const float* from, Picture& picture, int y, 
 // Lays the pixels of the data window where they belong in the display window.
 void place(const Pixels& pixels, const Window& display, Picture& picture) {
     const Window& data = pixels.window;
-    const std::int64_t left = std::max<std::int64_t>(std::int64_t{data.x} - display.x, 0);
-    const std::int64_t right =
-        std::min<std::int64_t>(std::int64_t{data.x} + data.width - display.x, display.width);
-    const std::int64_t top = std::max<std::int64_t>(std::int64_t{data.y} - display.y, 0);
-    const std::int64_t bottom =
-        std::min<std::int64_t>(std::int64_t{data.y} + data.height - display.y, display.height);
-    const bool covered = left == 0 && top == 0 && right == display.width && bottom == display.height;
-    if (!covered) {
+    const Window shown = overlapOf(data, display);
+    for (int y = shown.y; y < shown.y + shown.height; ++y) {
+        const std::int64_t row = std::int64_t{y} - data.y;
+        const std::int64_t column = std::int64_t{shown.x} - data.x;
+        const float* from = pixels.samples + (row * data.width + column) * pixels.channels;
+        placeRow(pixels, from, picture, y - display.y, shown.x - display.x, shown.width);
+    }
+}
+
+// Gives the picture the frame's size, black where the file has no pixels.
+void prepare(const PictureHeader& header, Picture& picture) {
+    picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
+    if (overlapOf(header.data, header.display) != header.display) {
         picture.clear();
     }
-    if (left >= right) {
+}
+
+// Makes the colours of the part of the picture that the file covers linear.
+void linearise(const PictureHeader& header, const LUT& curve, Picture& picture) {
+    if (&curve == LUT::getLut(0)) {
         return;
     }
-    for (std::int64_t y = top; y < bottom; ++y) {
-        const std::int64_t fileRow = y + display.y - data.y;
-        const std::int64_t fileColumn = left + display.x - data.x;
-        const float* from = pixels.samples + (fileRow * data.width + fileColumn) * pixels.channels;
-        placeRow(pixels, from, picture, static_cast<int>(y), static_cast<int>(left),
-                 static_cast<int>(right - left));
+    const Window shown = overlapOf(header.data, header.display);
+    for (int channel = 0; channel < 3; ++channel) {
+        for (int y = 0; y < shown.height; ++y) {
+            float* row = picture.row(channel, shown.y - header.display.y + y) + (shown.x - header.display.x);
+            curve.toLinear(row, row, static_cast<std::size_t>(shown.width), 1);
+        }
     }
+}
+
+ExrScanlines::ChannelNames channelNames(const OIIO::ImageSpec& spec, const ChannelLayout& layout) {
+    const auto name = [&spec](int channel) {
+        return channel < 0 ? std::string() : spec.channelnames[static_cast<std::size_t>(channel)];
+    };
+    return {name(layout.red), name(layout.green), name(layout.blue), name(layout.alpha)};
 }
 
 }  // namespace
@@ -204,14 +221,29 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
     checkPixels(path, spec);
     const PictureHeader header = headerOf(spec);
     const ChannelLayout layout = findChannels(spec.channelnames);
+    const LUT& stated = *(curve ? curve : LUT::find(header.curve));
+    prepare(header, picture);
+
+    if (orientationOf(spec) == upright && std::strcmp(input->format_name(), "openexr") == 0 &&
+        scanlines.read(path, channelNames(spec, layout), header.display, picture)) {
+        linearise(header, stated, picture);
+        return header;
+    }
+    readThroughLibrary(path, *input, layout, stated, header, picture);
+    return header;
+}
+
+void LibraryReader::readThroughLibrary(const std::string& path, OIIO::ImageInput& input,
+                                       const ChannelLayout& layout, const LUT& curve,
+                                       const PictureHeader& header, Picture& picture) {
+    const OIIO::ImageSpec& spec = input.spec();
     const int begin = layout.begin();
     const int channels = layout.end() - begin;
-
     scratch.resize(spec.image_pixels() * static_cast<std::size_t>(channels));
-    const bool done = input->read_image(0, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
+    const bool done = input.read_image(0, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
     // Some formats say that all is well and still leave an error behind, for a file that is cut short.
-    if (!done || input->has_error()) {
-        refuse(path, input->geterror());
+    if (!done || input.has_error()) {
+        refuse(path, input.geterror());
     }
     if (!dpxIsComplete(path)) {
         refuse(path, "the file is cut short");
@@ -220,18 +252,15 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
         turnUpright(path, spec, channels, scratch);
     }
 
-    const LUT* stated = curve ? curve : LUT::find(header.curve);
     const Pixels pixels{
         .samples = scratch.data(),
         .window = header.data,
         .channels = channels,
         .layout = {layout.red - begin, layout.green - begin, layout.blue - begin, layout.alpha - begin},
         .straightAlpha = header.hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
-        .curve = *stated,
+        .curve = curve,
     };
-    picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
     place(pixels, header.display, picture);
-    return header;
 }
 
 }  // namespace Corvel

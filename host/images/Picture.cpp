@@ -1,8 +1,21 @@
 #include "host/images/Picture.h"
 
 #include <algorithm>
+#include <cstdint>
 
 namespace Corvel {
+
+Window overlapOf(const Window& one, const Window& other) {
+    const int left = std::max(one.x, other.x);
+    const int top = std::max(one.y, other.y);
+    const std::int64_t right = std::min(std::int64_t{one.x} + one.width, std::int64_t{other.x} + other.width);
+    const std::int64_t bottom =
+        std::min(std::int64_t{one.y} + one.height, std::int64_t{other.y} + other.height);
+    if (right <= left || bottom <= top) {
+        return {left, top, 0, 0};
+    }
+    return {left, top, static_cast<int>(right - left), static_cast<int>(bottom - top)};
+}
 
 void Picture::reset(int width, int height, int channels) {
     const std::size_t needed = bytes(width, height, channels) / sizeof(float);

@@ -16,6 +16,9 @@ struct Window {
     bool operator==(const Window&) const = default;
 };
 
+/// The pixels that both have; width and height 0 where they do not meet.
+Window overlapOf(const Window& one, const Window& other);
+
 /// One decoded frame: planar floats in linear light, premultiplied, one plane a channel in the order red,
 /// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows.
 ///

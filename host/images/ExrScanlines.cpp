@@ -1,0 +1,214 @@
+#include "host/images/ExrScanlines.h"
+
+#include <fmt/format.h>
+#include <libdeflate.h>
+#include <openexr.h>
+
+#include <algorithm>
+#include <new>
+#include <optional>
+
+#include "host/images/ExrKernels.h"
+#include "host/images/ImageReader.h"
+
+namespace Corvel {
+namespace {
+
+[[noreturn]] void refuse(const std::string& path, int row, const char* reason) {
+    throw UnreadableImage(fmt::format("cannot read {}: the pixels from row {} on {}", path, row, reason));
+}
+
+// An OpenEXR file that is open for reading; null where it could not be opened.
+class ExrFile {
+public:
+    explicit ExrFile(const std::string& path) {
+        exr_context_initializer_t options = EXR_DEFAULT_CONTEXT_INITIALIZER;
+        // The library would print; the general reader, which has the file next, gives the reason.
+        options.error_handler_fn = [](exr_const_context_t, exr_result_t, const char*) {};
+        options.flags = EXR_CONTEXT_FLAG_SILENT_HEADER_PARSE | EXR_CONTEXT_FLAG_DISABLE_CHUNK_RECONSTRUCTION;
+        if (exr_start_read(&context, path.c_str(), &options) != EXR_ERR_SUCCESS) {
+            context = nullptr;
+        }
+    }
+    ~ExrFile() {
+        if (context) {
+            exr_finish(&context);
+        }
+    }
+    ExrFile(const ExrFile&) = delete;
+    ExrFile& operator=(const ExrFile&) = delete;
+
+    exr_context_t context = nullptr;
+};
+
+// A channel of the file that becomes a plane of the picture.
+struct Channel {
+    int plane;
+    std::size_t offset;  // bytes from the start of a row of the file
+    bool half;
+};
+
+// Where everything is in a row of the file and in the picture.
+struct Plan {
+    exr_compression_t compression = EXR_COMPRESSION_NONE;
+    Window data;
+    std::vector<Channel> channels;
+    std::size_t rowBytes = 0;  // all channels of one row of the file
+    int blockRows = 1;
+    Window display;
+    Window shown;  // of the data window, in the file's coordinates as all of them
+};
+
+// Some rows of the file with all their channels.
+struct Block {
+    const std::uint8_t* bytes;
+    std::size_t size;
+    bool split;  // bytes at even places first, then those at odd places
+};
+
+std::optional<Window> windowOf(const exr_attr_box2i_t& box) {
+    const std::int64_t width = std::int64_t{box.max.x} - box.min.x + 1;
+    const std::int64_t height = std::int64_t{box.max.y} - box.min.y + 1;
+    if (width < 1 || height < 1 || width * height > INT32_MAX) {
+        return std::nullopt;
+    }
+    return Window{box.min.x, box.min.y, static_cast<int>(width), static_cast<int>(height)};
+}
+
+// False where a wanted channel is missing or is of a kind that is left to the general reader.
+bool planChannels(const exr_attr_chlist_t& list, const ExrScanlines::ChannelNames& names, int planes,
+                  Plan& plan) {
+    const std::size_t width = static_cast<std::size_t>(plan.data.width);
+    for (int i = 0; i < list.num_channels; ++i) {
+        const exr_attr_chlist_entry_t& entry = list.entries[i];
+        if (entry.x_sampling != 1 || entry.y_sampling != 1) {
+            return false;
+        }
+        for (int plane = 0; plane < planes; ++plane) {
+            if (names[static_cast<std::size_t>(plane)] != entry.name.str) {
+                continue;
+            }
+            if (entry.pixel_type == EXR_PIXEL_UINT) {
+                return false;
+            }
+            plan.channels.push_back({plane, plan.rowBytes, entry.pixel_type == EXR_PIXEL_HALF});
+        }
+        plan.rowBytes += width * (entry.pixel_type == EXR_PIXEL_HALF ? 2 : 4);
+    }
+    return plan.channels.size() == static_cast<std::size_t>(planes);
+}
+
+std::optional<Plan> planOf(exr_const_context_t file, const ExrScanlines::ChannelNames& names,
+                           const Window& display, int planes) {
+    exr_storage_t storage;
+    exr_attr_box2i_t box;
+    const exr_attr_chlist_t* list = nullptr;
+    Plan plan;
+    if (exr_get_storage(file, 0, &storage) != EXR_ERR_SUCCESS || storage != EXR_STORAGE_SCANLINE ||
+        exr_get_compression(file, 0, &plan.compression) != EXR_ERR_SUCCESS ||
+        exr_get_data_window(file, 0, &box) != EXR_ERR_SUCCESS ||
+        exr_get_channels(file, 0, &list) != EXR_ERR_SUCCESS ||
+        exr_get_scanlines_per_chunk(file, 0, &plan.blockRows) != EXR_ERR_SUCCESS || plan.blockRows < 1) {
+        return std::nullopt;
+    }
+    if (plan.compression != EXR_COMPRESSION_NONE && plan.compression != EXR_COMPRESSION_ZIP &&
+        plan.compression != EXR_COMPRESSION_ZIPS) {
+        return std::nullopt;
+    }
+    const std::optional<Window> data = windowOf(box);
+    if (!data) {
+        return std::nullopt;
+    }
+    plan.data = *data;
+    if (!planChannels(*list, names, planes, plan)) {
+        return std::nullopt;
+    }
+    plan.display = display;
+    plan.shown = overlapOf(plan.data, display);
+    return plan;
+}
+
+// One channel of one row. In a split block the two halves of each pair of bytes stand half a block apart.
+void placeChannel(const Block& block, std::size_t at, bool half, float* to, std::size_t count) {
+    const std::uint8_t* even = block.bytes + at / 2;
+    const std::uint8_t* odd = even + (block.size + 1) / 2;
+    if (block.split && half) {
+        joinHalves(even, odd, to, count);
+    } else if (block.split) {
+        joinFloats(even, odd, to, count);
+    } else if (half) {
+        widenHalves(block.bytes + at, to, count);
+    } else {
+        std::copy_n(block.bytes + at, count * sizeof(float), reinterpret_cast<std::uint8_t*>(to));
+    }
+}
+
+void placeBlock(const Plan& plan, const Block& block, int firstRow, int rows, Picture& picture) {
+    const Window& shown = plan.shown;
+    const std::size_t columns = static_cast<std::size_t>(shown.width);
+    const std::size_t skipped = static_cast<std::size_t>(shown.x - plan.data.x);
+    const int end = std::min(firstRow + rows, shown.y + shown.height);
+    for (int y = std::max(firstRow, shown.y); y < end; ++y) {
+        const std::size_t row = static_cast<std::size_t>(y - firstRow) * plan.rowBytes;
+        for (const Channel& channel : plan.channels) {
+            float* to = picture.row(channel.plane, y - plan.display.y) + (shown.x - plan.display.x);
+            placeChannel(block, row + channel.offset + skipped * (channel.half ? 2 : 4), channel.half, to,
+                         columns);
+        }
+    }
+}
+
+}  // namespace
+
+ExrScanlines::ExrScanlines() : decompressor(libdeflate_alloc_decompressor(), libdeflate_free_decompressor) {
+    if (!decompressor) {
+        throw std::bad_alloc();
+    }
+}
+
+ExrScanlines::~ExrScanlines() = default;
+
+bool ExrScanlines::read(const std::string& path, const ChannelNames& names, const Window& display,
+                        Picture& picture) {
+    const ExrFile file(path);
+    if (!file.context) {
+        return false;
+    }
+    const std::optional<Plan> plan = planOf(file.context, names, display, picture.channels());
+    if (!plan) {
+        return false;
+    }
+
+    // Blocks are counted from the top of the data window.
+    const int skipped = (plan->shown.y - plan->data.y) / plan->blockRows * plan->blockRows;
+    for (int row = plan->data.y + skipped; row < plan->shown.y + plan->shown.height; row += plan->blockRows) {
+        exr_chunk_info_t chunk;
+        if (exr_read_scanline_chunk_info(file.context, 0, row, &chunk) != EXR_ERR_SUCCESS) {
+            refuse(path, row, "are missing; the file is cut short or damaged");
+        }
+        const std::size_t size = static_cast<std::size_t>(chunk.height) * plan->rowBytes;
+        if (chunk.unpacked_size != size || chunk.packed_size > size) {
+            refuse(path, row, "have a wrong length; the file is damaged");
+        }
+        packed.resize(chunk.packed_size);
+        if (exr_read_chunk(file.context, 0, &chunk, packed.data()) != EXR_ERR_SUCCESS) {
+            refuse(path, row, "are missing; the file is cut short or damaged");
+        }
+
+        // A block that compression would not make smaller is stored as it is.
+        Block block{packed.data(), size, false};
+        if (chunk.packed_size < size) {
+            inflated.resize(size);
+            if (libdeflate_zlib_decompress(decompressor.get(), packed.data(), packed.size(), inflated.data(),
+                                           size, nullptr) != LIBDEFLATE_SUCCESS) {
+                refuse(path, row, "cannot be decompressed; the file is damaged");
+            }
+            sumDifferences(inflated.data(), size);
+            block = {inflated.data(), size, true};
+        }
+        placeBlock(*plan, block, chunk.start_y, chunk.height, picture);
+    }
+    return true;
+}
+
+}  // namespace Corvel
