@@ -333,7 +333,7 @@ const Codec rows[] = {
      .intraOnly = true,
      .lossless = AtLosslessQuality,
      .quality = {"compression_level=80", "compression_level=40", "compression_level=20",
-                 "compression_level=12", "compression_level=6", "compression_level=1"},
+                 "compression_level=12", "compression_level=6", "compression_level=0"},
      .sizes = {.minimumWidth = 17, .minimumHeight = 17},
      .sizeSentence = "larger than 16 x 16",
      .colour = Rgb},

@@ -1,0 +1,213 @@
+#include "worker/encode/VideoEncoder.h"
+
+#include "worker/Status.h"
+#include "worker/encode/EncoderContext.h"
+#include "worker/encode/FrameQueue.h"
+#include "worker/encode/PacketOrder.h"
+#include "worker/picture/PictureConverter.h"
+#include "worker/picture/PicturePool.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <thread>
+#include <vector>
+
+namespace Morvane::Worker {
+
+namespace {
+
+/// Pictures that wait before the encoders, beside those being encoded.
+constexpr std::size_t waitingPictures = 2;
+/// More contexts side by side bring nothing but memory.
+constexpr int mostContexts = 16;
+/// Beyond it, encoders with threads of their own gain little, and each thread adds a frame to what they keep.
+constexpr int mostOwnThreads = 12;
+
+std::size_t contextCount(const EncodingPlan& plan) {
+    return plan.codec->intraOnly ? std::min(plan.threads, mostContexts) : 1;
+}
+
+}  // namespace
+
+class VideoEncoder::Pipeline {
+public:
+    explicit Pipeline(const EncodingPlan& encodingPlan);
+    ~Pipeline();
+
+    const AVCodecParameters& parameters() const { return *description; }
+    AVRational timeBase() const { return av_inv_q(plan.rate); }
+    void start(PacketSink packetSink);
+    void addFrame(const float* rgba);
+    void finish();
+
+private:
+    void encodeSideBySide(EncoderContext& context);
+    void encodeInARow(EncoderContext& context);
+    void passOn(EncoderContext& context);
+    void deliver();
+    void guarded(void (Pipeline::*work)(EncoderContext&), EncoderContext& context);
+    void fail(std::exception_ptr reason);
+    void throwFailure();
+    void stop();
+
+    const EncodingPlan plan;
+    PictureConverter converter;
+    PicturePool pictures;
+    std::vector<std::unique_ptr<EncoderContext>> contexts;
+    ParametersPointer description;
+    PacketSink sink;
+    FrameQueue queue{waitingPictures};
+    PacketOrder packets;
+    std::int64_t framesAdded = 0;
+    std::int64_t packetsMade = 0;  ///< by the one context of encoders that work in a row
+    std::atomic<int> busyEncoders = 0;
+    std::vector<std::thread> threads;
+    bool finished = false;
+
+    std::mutex failureMutex;
+    std::exception_ptr failure;  ///< null after it was thrown
+    bool failed = false;
+};
+
+VideoEncoder::Pipeline::Pipeline(const EncodingPlan& encodingPlan)
+    : plan(encodingPlan), converter(plan), pictures(plan), packets(2 * contextCount(plan)) {
+    const int ownThreads = plan.codec->intraOnly ? 1 : std::min(plan.threads, mostOwnThreads);
+    for (std::size_t i = 0; i < contextCount(plan); ++i)
+        contexts.push_back(std::make_unique<EncoderContext>(plan, ownThreads));
+    description = contexts.front()->parameters();
+}
+
+VideoEncoder::Pipeline::~Pipeline() {
+    queue.close();
+    packets.close();
+    stop();
+}
+
+void VideoEncoder::Pipeline::start(PacketSink packetSink) {
+    sink = std::move(packetSink);
+    busyEncoders = static_cast<int>(contexts.size());
+    const auto work = plan.codec->intraOnly ? &Pipeline::encodeSideBySide : &Pipeline::encodeInARow;
+    for (const auto& context : contexts)
+        threads.emplace_back([this, work, &encoder = *context] { guarded(work, encoder); });
+    threads.emplace_back([this] { deliver(); });
+}
+
+void VideoEncoder::Pipeline::addFrame(const float* rgba) {
+    if (threads.empty() || finished)
+        throw StatusError(Status::BadArgument,
+                          "a frame came before the encoder was started or after it was finished");
+    throwFailure();
+    FramePointer frame = queue.waitForRoom() ? pictures.take() : nullptr;
+    throwFailure();
+    if (!frame)
+        throw StatusError(Status::CodecFailed, "no more frames can be added after an earlier failure");
+    converter.convert(rgba, *frame);
+    frame->pts = framesAdded++;
+    queue.put(std::move(frame));
+}
+
+void VideoEncoder::Pipeline::finish() {
+    if (finished)
+        return;
+    finished = true;
+    queue.end();
+    stop();
+    throwFailure();
+}
+
+void VideoEncoder::Pipeline::stop() {
+    for (std::thread& thread : threads)
+        if (thread.joinable())
+            thread.join();
+}
+
+/// Each picture stands alone and gives one packet, so the packet's number is the picture's.
+void VideoEncoder::Pipeline::encodeSideBySide(EncoderContext& context) {
+    while (auto entry = queue.take()) {
+        context.send(entry->frame.get());
+        entry->frame.reset();
+        PacketPointer packet = context.receive();
+        if (!packet)
+            throw StatusError(Status::CodecFailed,
+                              std::string(plan.codec->name) + " gave no packet for a frame");
+        packet->pts = packet->dts = entry->index;
+        packets.put(entry->index, std::move(packet));
+    }
+}
+
+void VideoEncoder::Pipeline::encodeInARow(EncoderContext& context) {
+    while (auto entry = queue.take()) {
+        context.send(entry->frame.get());
+        entry->frame.reset();
+        passOn(context);
+    }
+    // What is dropped needs no encoding either.
+    if (queue.isClosed())
+        return;
+    context.send(nullptr);
+    passOn(context);
+}
+
+void VideoEncoder::Pipeline::passOn(EncoderContext& context) {
+    while (PacketPointer packet = context.receive())
+        packets.put(packetsMade++, std::move(packet));
+}
+
+void VideoEncoder::Pipeline::deliver() {
+    try {
+        while (PacketPointer packet = packets.take())
+            sink(*packet);
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void VideoEncoder::Pipeline::guarded(void (Pipeline::*work)(EncoderContext&), EncoderContext& context) {
+    try {
+        (this->*work)(context);
+    } catch (...) {
+        fail(std::current_exception());
+    }
+    if (--busyEncoders == 0)
+        packets.end();
+}
+
+/// The first failure counts; what follows from it is not reported.
+void VideoEncoder::Pipeline::fail(std::exception_ptr reason) {
+    {
+        const std::lock_guard lock(failureMutex);
+        if (!failed)
+            failure = std::move(reason);
+        failed = true;
+    }
+    queue.close();
+    packets.close();
+}
+
+void VideoEncoder::Pipeline::throwFailure() {
+    const std::lock_guard lock(failureMutex);
+    if (failure)
+        std::rethrow_exception(std::exchange(failure, nullptr));
+}
+
+VideoEncoder::VideoEncoder(const EncodingPlan& plan) : pipeline(std::make_unique<Pipeline>(plan)) {}
+VideoEncoder::~VideoEncoder() = default;
+
+const AVCodecParameters& VideoEncoder::parameters() const {
+    return pipeline->parameters();
+}
+AVRational VideoEncoder::timeBase() const {
+    return pipeline->timeBase();
+}
+void VideoEncoder::start(PacketSink sink) {
+    pipeline->start(std::move(sink));
+}
+void VideoEncoder::addFrame(const float* rgba) {
+    pipeline->addFrame(rgba);
+}
+void VideoEncoder::finish() {
+    pipeline->finish();
+}
+
+}  // namespace Morvane::Worker

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "worker/codec/EncodingPlan.h"
+
+extern "C" {
+#include <libavutil/buffer.h>
+#include <libavutil/frame.h>
+}
+
+#include <memory>
+
+namespace Morvane::Worker {
+
+struct FreeFrame {
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
+
+/// Pictures in the plan's format, whose memory comes back to the pool when the last reference goes, so that a
+/// movie allocates only as many as are ever in use at once. Planes are padded to whole chroma samples, rows
+/// start at multiples of 64 bytes, as conversion wants them. Usable from several threads.
+class PicturePool {
+public:
+    explicit PicturePool(const EncodingPlan& plan);
+    ~PicturePool();
+    PicturePool(const PicturePool&) = delete;
+    PicturePool& operator=(const PicturePool&) = delete;
+
+    /// A writable picture with size, format, colour tags, field order and pixel aspect set; its samples are
+    /// those of an earlier picture. Throws std::bad_alloc.
+    FramePointer take();
+
+private:
+    const EncodingPlan plan;
+    int linesizes[4] = {};
+    std::size_t offsets[4] = {};
+    AVBufferPool* pool = nullptr;
+};
+
+}  // namespace Morvane::Worker
