@@ -15,6 +15,7 @@
 #include "host/images/ChannelLayout.h"
 #include "host/images/DpxFile.h"
 #include "host/images/FileStatement.h"
+#include "host/images/PlacePixels.h"
 
 namespace Corvel {
 namespace {
@@ -32,16 +33,6 @@ std::string oneLine(std::string reason) {
 [[noreturn]] void refuse(const std::string& path, const std::string& reason) {
     throw UnreadableImage(fmt::format("cannot read {}: {}", path, oneLine(reason)));
 }
-
-// The file's pixels as they are read: width x height x channels floats, interleaved.
-struct Pixels {
-    const float* samples = nullptr;
-    Window window;
-    int channels = 0;
-    ChannelLayout layout;  // indices among `channels`
-    bool straightAlpha = false;
-    const LUT& curve;
-};
 
 std::unique_ptr<OIIO::ImageInput> openFile(const std::string& path) {
     // Straight alpha must reach us unmultiplied: it is multiplied in linear light, after the curve.
@@ -123,50 +114,6 @@ void turnUpright(const std::string& path, const OIIO::ImageSpec& spec, int chann
     const OIIO::ImageBuf turned = OIIO::ImageBufAlgo::reorient(OIIO::ImageBuf(layout, samples.data()), 1);
     if (turned.has_error() || !turned.get_pixels(turned.roi(), OIIO::TypeFloat, samples.data())) {
         refuse(path, turned.geterror());
-    }
-}
-
-// Splits `count` pixels of one channel out of interleaved samples and makes them linear.
-void splitChannel(const Pixels& pixels, const float* from, int channel, bool curved, float* to, int count) {
-    from += channel;
-    for (int x = 0; x < count; ++x) {
-        to[x] = from[static_cast<std::size_t>(x) * static_cast<std::size_t>(pixels.channels)];
-    }
-    if (curved) {
-        pixels.curve.toLinear(to, to, static_cast<std::size_t>(count), 1);
-    }
-}
-
-void multiply(float* colour, const float* alpha, int count) {
-    for (int x = 0; x < count; ++x) {
-        colour[x] *= alpha[x];
-    }
-}
-
-// One row of the picture from column `left` on, out of row `from` of the file.
-void placeRow(const Pixels& pixels, const float* from, Picture& picture, int y, int left, int count) {
-    const int colours[3] = {pixels.layout.red, pixels.layout.green, pixels.layout.blue};
-    if (picture.hasAlpha()) {
-        splitChannel(pixels, from, pixels.layout.alpha, false, picture.row(3, y) + left, count);
-    }
-    for (int channel = 0; channel < 3; ++channel) {
-        float* to = picture.row(channel, y) + left;
-        splitChannel(pixels, from, colours[channel], true, to, count);
-        if (pixels.straightAlpha) {
-            multiply(to, picture.row(3, y) + left, count);
-        }
-    }
-}
-
-// Lays the pixels of the data window where they belong in the display window.
-void place(const Pixels& pixels, const Window& display, Picture& picture) {
-    const Window& data = pixels.window;
-    const Window shown = overlapOf(data, display);
-    for (int y = shown.y; y < shown.y + shown.height; ++y) {
-        const std::int64_t row = std::int64_t{y} - data.y;
-        const std::int64_t column = std::int64_t{shown.x} - data.x;
-        const float* from = pixels.samples + (row * data.width + column) * pixels.channels;
-        placeRow(pixels, from, picture, y - display.y, shown.x - display.x, shown.width);
     }
 }
 
@@ -252,7 +199,7 @@ void LibraryReader::readThroughLibrary(const std::string& path, OIIO::ImageInput
         turnUpright(path, spec, channels, scratch);
     }
 
-    const Pixels pixels{
+    const InterleavedPixels pixels{
         .samples = scratch.data(),
         .window = header.data,
         .channels = channels,
@@ -260,7 +207,7 @@ void LibraryReader::readThroughLibrary(const std::string& path, OIIO::ImageInput
         .straightAlpha = header.hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
         .curve = curve,
     };
-    place(pixels, header.display, picture);
+    placePixels(pixels, header.display, picture);
 }
 
 }  // namespace Corvel

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Kex/Image/LUT.h"
+#include "host/images/ChannelLayout.h"
+#include "host/images/Picture.h"
+
+namespace Corvel {
+
+/// Pixels as a decoder gives them: `window.width` x `window.height` pixels of `channels` floats, interleaved,
+/// top row first, and what their values mean.
+struct InterleavedPixels {
+    const float* samples = nullptr;
+    Window window;
+    int channels = 0;
+    ChannelLayout layout;  ///< indices among `channels`
+    bool straightAlpha = false;
+    const Kex::Image::LUT& curve;
+};
+
+/// Lays the pixels where they belong in `display`, whose size the picture has: split into planes, linear,
+/// premultiplied in linear light. Pixels outside of `display` are cropped; samples of the picture that
+/// `pixels` does not cover are left alone. The picture has alpha where the layout has.
+void placePixels(const InterleavedPixels& pixels, const Window& display, Picture& picture);
+
+}  // namespace Corvel
