@@ -114,6 +114,7 @@ Metadata metadataOf(const OIIO::ImageSpec& spec) {
             metadata[key] = value;
         }
     };
+    set("input/timecode", spec.get_string_attribute("timecode"));
     if (const OIIO::ParamValue* timecode = spec.find_attribute("smpte:TimeCode", OIIO::TypeTimeCode)) {
         set("input/timecode", timecodeText(*static_cast<const std::uint32_t*>(timecode->data())));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -40,6 +41,8 @@ public:
     virtual PictureHeader header(int number) const = 0;
 
     virtual std::unique_ptr<FrameReader> createReader() const = 0;
+    /// How many readers may be at work at the same time.
+    virtual unsigned mostReaders() const { return std::numeric_limits<unsigned>::max(); }
 };
 
 }  // namespace Corvel
