@@ -16,6 +16,7 @@ enum class Status : std::int32_t {
     BadArgument = -50,  ///< a bad argument, a request that cannot be read, or a call out of order
     NoPermission = -54,
     NoMemory = -108,
+    Cancelled = -128,  ///< the person closed the output's window
     CodecFailed = -8960,
     NotSupportedByCodec = -8961,  ///< a size or an option that the codec cannot take
 };
