@@ -21,6 +21,7 @@ pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
 pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(openexr REQUIRED IMPORTED_TARGET OpenEXR)
 pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
+pkg_check_modules(sdl2 REQUIRED sdl2)  # for its headers: the library is loaded when wanted
 pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
 if(NOT APPLE)
   pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+
+namespace Morvane::Worker {
+
+/// The program behind the displays. It may be absent, and it may go away while a window is open. An X
+/// server's client library ends the process in that case; here it becomes an error of the one call that met
+/// it.
+///
+/// After a loss the libraries' state is beyond repair and nothing of them is touched again: every later
+/// `call` throws at once. A new worker process can use a new server.
+class DisplayServer {
+public:
+    /// Whether the environment names a display server. Loads nothing and connects to nothing.
+    static bool isNamed();
+
+    /// Makes losses show up in `call`. After every initialisation of the window library.
+    static void watchForLoss();
+
+    /// Runs `body`, which calls the window library. Throws StatusError when the server is lost on the way:
+    /// `body` is then left by a jump, so no object with a destructor may live in it and it must not throw.
+    static void call(const std::function<void()>& body);
+
+    /// Whether a call has found the server lost. Any thread.
+    static bool isLost();
+};
+
+}  // namespace Morvane::Worker

@@ -1,0 +1,64 @@
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+#include <memory>
+#include <string>
+
+#include "worker/output/NetworkAddress.h"
+#include "worker/output/OutputDevice.h"
+#include "worker/picture/PictureConverter.h"
+
+namespace Morvane::Worker {
+
+/// One stream to one address. A receiver can join at any time: a key picture with all headers comes twice a
+/// second.
+class NetworkPort : public OutputPort {
+public:
+    static constexpr const char* encoderName = "libx264";
+    static constexpr const char* formatName = "mpegts";
+
+    /// Opens encoder and socket; `serviceName` is what receivers show. Throws StatusError.
+    NetworkPort(const OutputMode& mode, const NetworkAddress& address, const std::string& serviceName);
+    ~NetworkPort() override;
+
+    std::size_t pictureBytes() const override;
+    void convert(const float* rgba, std::uint8_t* picture) override;
+    void show(const std::uint8_t* picture, std::int64_t frame) override;
+    void finish() override;
+
+private:
+    struct FreeEncoder {
+        void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+    };
+    struct FreeStream {
+        void operator()(AVFormatContext* context) const;
+    };
+    struct FreeFrame {
+        void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+    };
+    struct FreePacket {
+        void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    };
+
+    void openEncoder();
+    void openStream(const std::string& serviceName);
+    void encode(const AVFrame* frame);
+    void check(int result) const;
+    void describe(AVFrame& frame, std::uint8_t* memory) const;
+
+    OutputMode mode;
+    NetworkAddress address;
+    EncodingPlan plan;
+    PictureConverter converter;
+    std::unique_ptr<AVFrame, FreeFrame> converted;  ///< the request thread's view of a picture
+    std::unique_ptr<AVFrame, FreeFrame> shown;      ///< the presentation thread's
+    std::unique_ptr<AVPacket, FreePacket> packet;
+    std::unique_ptr<AVCodecContext, FreeEncoder> encoder;
+    std::unique_ptr<AVFormatContext, FreeStream> stream;
+};
+
+}  // namespace Morvane::Worker
