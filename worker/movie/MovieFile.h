@@ -1,6 +1,7 @@
 #pragma once
 
 #include "worker/movie/MovieTracks.h"
+#include "worker/movie/OutputFile.h"
 #include "worker/sound/SampleFormat.h"
 
 extern "C" {
@@ -14,8 +15,6 @@ extern "C" {
 #include <string>
 
 namespace Morvane::Worker {
-
-enum class ExistingFile { Replace, Refuse };
 
 /// A QuickTime movie that is being written. At every moment the file on disk is a movie that other programs
 /// can open: every packet reaches it within half a second, with its time code, whatever happens to this
