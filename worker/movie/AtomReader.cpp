@@ -21,7 +21,9 @@ std::string typeText(std::uint32_t type) {
 
 }  // namespace
 
-std::uint8_t AtomCursor::u8() { return take(1)[0]; }
+std::uint8_t AtomCursor::u8() {
+    return take(1)[0];
+}
 
 std::uint16_t AtomCursor::u16() {
     const ByteView two = take(2);

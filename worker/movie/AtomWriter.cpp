@@ -2,7 +2,9 @@
 
 namespace Morvane::Worker {
 
-void AtomWriter::u8(std::uint32_t value) { buffer.push_back(static_cast<std::uint8_t>(value)); }
+void AtomWriter::u8(std::uint32_t value) {
+    buffer.push_back(static_cast<std::uint8_t>(value));
+}
 
 void AtomWriter::u16(std::uint32_t value) {
     u8(value >> 8);
@@ -19,11 +21,17 @@ void AtomWriter::u64(std::uint64_t value) {
     u32(value);
 }
 
-void AtomWriter::zeros(std::size_t count) { buffer.resize(buffer.size() + count); }
+void AtomWriter::zeros(std::size_t count) {
+    buffer.resize(buffer.size() + count);
+}
 
-void AtomWriter::append(ByteView bytes) { buffer.insert(buffer.end(), bytes.begin(), bytes.end()); }
+void AtomWriter::append(ByteView bytes) {
+    buffer.insert(buffer.end(), bytes.begin(), bytes.end());
+}
 
-void AtomWriter::text(std::string_view bytes) { buffer.insert(buffer.end(), bytes.begin(), bytes.end()); }
+void AtomWriter::text(std::string_view bytes) {
+    buffer.insert(buffer.end(), bytes.begin(), bytes.end());
+}
 
 void AtomWriter::pascalText(std::string_view bytes) {
     const std::string_view kept = bytes.substr(0, 255);

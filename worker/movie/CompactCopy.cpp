@@ -33,8 +33,7 @@ std::vector<Piece> piecesInOrder(const MovieIndex& index) {
     for (std::size_t track = 0; track < index.tracks.size(); ++track) {
         const auto& chunks = index.tracks[track].samples.chunks();
         for (std::size_t chunk = 0; chunk < chunks.size(); ++chunk) {
-            pieces.push_back(
-                {track, chunk, chunks[chunk].start, chunks[chunk].offset, chunks[chunk].bytes});
+            pieces.push_back({track, chunk, chunks[chunk].start, chunks[chunk].offset, chunks[chunk].bytes});
         }
     }
     std::stable_sort(pieces.begin(), pieces.end(), [&](const Piece& a, const Piece& b) {

@@ -5,6 +5,7 @@
 #include <fmt/core.h>
 
 extern "C" {
+#include <libavcodec/avcodec.h>
 #include <libavutil/error.h>
 #include <libavutil/mem.h>
 }
@@ -15,7 +16,9 @@ namespace Morvane::Worker {
 
 namespace {
 
-constexpr int bufferBytes = 1 << 16;
+/// The muxer goes back to fill in an atom's size, which it can do only inside this buffer: no `moof` may be
+/// larger. One of 1,000 packets has some 16 KiB.
+constexpr int bufferBytes = 1 << 18;
 
 std::string errorText(int libraryError) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
@@ -33,7 +36,9 @@ void FragmentMuxer::FreeFormat::operator()(AVFormatContext* format) const {
     avformat_free_context(format);
 }
 
-void FragmentMuxer::FreePacket::operator()(AVPacket* packet) const { av_packet_free(&packet); }
+void FragmentMuxer::FreePacket::operator()(AVPacket* packet) const {
+    av_packet_free(&packet);
+}
 
 FragmentMuxer::FragmentMuxer(const VideoTrack& track, TimeScale timeScale, Sink bytesSink)
     : sink(std::move(bytesSink)), scale(timeScale), held(av_packet_alloc()) {
@@ -46,7 +51,6 @@ FragmentMuxer::FragmentMuxer(const VideoTrack& track, TimeScale timeScale, Sink 
     if (!held || !format->pb || !stream) {
         throw StatusError(Status::NoMemory, "no memory for the movie's muxer");
     }
-    format->pb->direct = 1;  // large media need no copy through the buffer
     format->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     check(avcodec_parameters_copy(stream->codecpar, track.parameters), "describe");
     stream->sample_aspect_ratio = track.parameters->sample_aspect_ratio;
@@ -71,9 +75,9 @@ void FragmentMuxer::add(const AVPacket& packet) {
     check(av_packet_ref(held.get(), &packet), "keep a packet of");
     held->stream_index = 0;
     held->duration = 1;
-    av_packet_rescale_ts(
-        held.get(), {static_cast<int>(scale.ticksPerFrame), static_cast<int>(scale.ticksPerSecond)},
-        format->streams[0]->time_base);
+    av_packet_rescale_ts(held.get(),
+                         {static_cast<int>(scale.ticksPerFrame), static_cast<int>(scale.ticksPerSecond)},
+                         format->streams[0]->time_base);
     const int result = av_write_frame(format.get(), held.get());
     av_packet_unref(held.get());
     check(result, "take a packet of");

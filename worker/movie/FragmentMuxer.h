@@ -15,9 +15,10 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-/// libav's QuickTime muxer, used for what it knows: the sample description of every codec and the form in which
-/// its packets are stored. It keeps packets until `flush` and then hands out one whole fragment, a `moof` and
-/// an `mdat` atom whose offsets count from the `moof`, so that the fragment can stand anywhere in a file.
+/// libav's QuickTime muxer, used for what it knows: the sample description of every codec and the form in
+/// which its packets are stored. It keeps packets until `flush` and then hands out one whole fragment, a
+/// `moof` and an `mdat` atom whose offsets count from the `moof`, so that the fragment can stand anywhere in
+/// a file.
 class FragmentMuxer {
 public:
     /// Takes the next bytes of the atoms; what it throws comes out of the call that led to it.
@@ -28,7 +29,11 @@ public:
     FragmentMuxer(const FragmentMuxer&) = delete;
     FragmentMuxer& operator=(const FragmentMuxer&) = delete;
 
-    /// Keeps one packet, times in frames. Throws StatusError (CodecFailed) for one that does not fit.
+    /// The packets that may be kept at most.
+    static constexpr int mostPackets = 1000;
+
+    /// Keeps one packet, times in frames. REQUIRES: fewer than mostPackets since the last flush. Throws
+    /// StatusError (CodecFailed) for one that does not fit.
     void add(const AVPacket& packet);
     /// Writes what is kept. The very first time `ftyp` and `moov` come out, without the packets, since some
     /// descriptions need one; a second flush brings these.

@@ -8,12 +8,12 @@
 
 namespace Morvane::Worker {
 
-/// What a movie in fragments holds, as its file says: the state of every movie that is being written, and what
-/// a crash leaves.
+/// What a movie in fragments holds, as its file says: the state of every movie that is being written, and
+/// what a crash leaves.
 struct FragmentedMovie {
     struct Sample {
         SampleTable::Sample stored;
-        std::int64_t shown = 0;          ///< ticks from the first sample's decoding to this one's display
+        std::int64_t shown = 0;  ///< ticks from the first sample's decoding to this one's display
         bool beginsFragment = false;
     };
 
@@ -25,8 +25,9 @@ struct FragmentedMovie {
     std::int64_t end = 0;            ///< bytes of the file that are whole atoms
 };
 
-/// Reads the whole file's atoms but for the media. Stops quietly at the first one that is torn; pictures whose
-/// bytes are not all there are left out. Throws StatusError (InputOutput) for an index that contradicts itself.
+/// Reads the whole file's atoms but for the media. Stops quietly at the first one that is torn; pictures
+/// whose bytes are not all there are left out. Throws StatusError (InputOutput) for an index that contradicts
+/// itself.
 FragmentedMovie scanFragments(const OutputFile& file);
 
 /// Drops pictures from the end until the rest can be shown one after the other: what a crash kept of a codec

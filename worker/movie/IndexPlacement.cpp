@@ -23,8 +23,8 @@ std::int64_t mediaBytes(const MovieIndex& index) {
     return bytes;
 }
 
-/// The index in the reserve, behind it a `free` atom for what is left, and the header of an `mdat` atom around
-/// everything that follows: fragments, their headers, sound.
+/// The index in the reserve, behind it a `free` atom for what is left, and the header of an `mdat` atom
+/// around everything that follows: fragments, their headers, sound.
 void placeInReserve(OutputFile& file, const UnplacedMovie& movie, const Bytes& moov) {
     const auto indexBytes = static_cast<std::int64_t>(moov.size());
     const std::int64_t mediaStart = movie.reserveOffset + movie.reserveBytes - longHeaderBytes;

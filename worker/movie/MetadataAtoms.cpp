@@ -16,30 +16,54 @@ constexpr std::size_t longestUserData = 0xFFFF;
 constexpr std::uint32_t utf8Value = 1;
 
 constexpr std::array<std::pair<const char*, std::uint32_t>, 24> userDataTypes{{
-    {"album", atomType("\xA9" "alb")},
-    {"artist", atomType("\xA9" "ART")},
-    {"author", atomType("\xA9" "aut")},
-    {"comment", atomType("\xA9" "cmt")},
-    {"composer", atomType("\xA9" "com")},
-    {"copyright", atomType("\xA9" "cpy")},
-    {"credits", atomType("\xA9" "src")},
-    {"date", atomType("\xA9" "day")},
-    {"description", atomType("\xA9" "des")},
-    {"director", atomType("\xA9" "dir")},
-    {"encoded_by", atomType("\xA9" "enc")},
-    {"format", atomType("\xA9" "fmt")},
-    {"genre", atomType("\xA9" "gen")},
-    {"host_computer", atomType("\xA9" "hst")},
-    {"information", atomType("\xA9" "inf")},
-    {"keywords", atomType("\xA9" "key")},
-    {"location", atomType("\xA9" "xyz")},
-    {"make", atomType("\xA9" "mak")},
-    {"model", atomType("\xA9" "mod")},
-    {"performers", atomType("\xA9" "prf")},
-    {"producer", atomType("\xA9" "prd")},
-    {"software", atomType("\xA9" "swr")},
-    {"title", atomType("\xA9" "nam")},
-    {"writer", atomType("\xA9" "wrt")},
+    {"album", atomType("\xA9"
+                       "alb")},
+    {"artist", atomType("\xA9"
+                        "ART")},
+    {"author", atomType("\xA9"
+                        "aut")},
+    {"comment", atomType("\xA9"
+                         "cmt")},
+    {"composer", atomType("\xA9"
+                          "com")},
+    {"copyright", atomType("\xA9"
+                           "cpy")},
+    {"credits", atomType("\xA9"
+                         "src")},
+    {"date", atomType("\xA9"
+                      "day")},
+    {"description", atomType("\xA9"
+                             "des")},
+    {"director", atomType("\xA9"
+                          "dir")},
+    {"encoded_by", atomType("\xA9"
+                            "enc")},
+    {"format", atomType("\xA9"
+                        "fmt")},
+    {"genre", atomType("\xA9"
+                       "gen")},
+    {"host_computer", atomType("\xA9"
+                               "hst")},
+    {"information", atomType("\xA9"
+                             "inf")},
+    {"keywords", atomType("\xA9"
+                          "key")},
+    {"location", atomType("\xA9"
+                          "xyz")},
+    {"make", atomType("\xA9"
+                      "mak")},
+    {"model", atomType("\xA9"
+                       "mod")},
+    {"performers", atomType("\xA9"
+                            "prf")},
+    {"producer", atomType("\xA9"
+                          "prd")},
+    {"software", atomType("\xA9"
+                          "swr")},
+    {"title", atomType("\xA9"
+                       "nam")},
+    {"writer", atomType("\xA9"
+                        "wrt")},
 }};
 
 std::uint32_t userDataType(const std::string& key, const std::string& value) {
@@ -99,7 +123,8 @@ Bytes writeMetadataAtoms(const Metadata& metadata) {
     std::vector<Item> items;
     for (const auto& item : complete) {
         if (!item.second.empty()) {
-            (userDataType(item.first, item.second) != 0 ? userData : items).emplace_back(item.first, item.second);
+            (userDataType(item.first, item.second) != 0 ? userData : items)
+                .emplace_back(item.first, item.second);
         }
     }
     AtomWriter out;

@@ -65,8 +65,8 @@ public:
     /// Ends the track begun by `setSampleFormat`. Without any samples there is none.
     void finishSamples();
 
-    /// One time-code track over the whole movie; the last call counts, and nothing means no track, also not the
-    /// provisional one. BadArgument: out of range.
+    /// One time-code track over the whole movie; the last call counts, and nothing means no track, also not
+    /// the provisional one. BadArgument: out of range.
     void setTimecode(const std::optional<TimecodeTrack>& timecode);
 
     /// Adds to what was given at the beginning; an empty value removes the key.

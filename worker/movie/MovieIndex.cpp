@@ -142,14 +142,12 @@ private:
     }
 
     void writeTimecodeReference() {
-        const auto timecode = std::find_if(index.tracks.begin(), index.tracks.end(), [](const IndexTrack& t) {
-            return t.kind == TrackKind::Timecode;
-        });
+        const auto timecode = std::find_if(index.tracks.begin(), index.tracks.end(),
+                                           [](const IndexTrack& t) { return t.kind == TrackKind::Timecode; });
         if (timecode != index.tracks.end()) {
             out.atom(atomType("tref"), [&] {
-                out.atom(atomType("tmcd"), [&] {
-                    out.u32(static_cast<std::uint64_t>(timecode - index.tracks.begin()) + 1);
-                });
+                out.atom(atomType("tmcd"),
+                         [&] { out.u32(static_cast<std::uint64_t>(timecode - index.tracks.begin()) + 1); });
             });
         }
     }
@@ -216,7 +214,7 @@ private:
                     out.u16(0);   // face
                     out.u16(12);  // size in points
                     out.u16(0);
-                    out.zeros(6);                               // black
+                    out.zeros(6);                                       // black
                     out.u16(0xFFFF), out.u16(0xFFFF), out.u16(0xFFFF);  // on white
                     out.pascalText("Courier");
                 });
@@ -230,7 +228,9 @@ private:
 
 }  // namespace
 
-Bytes writeMovieAtom(const MovieIndex& index) { return IndexWriter(index).write(); }
+Bytes writeMovieAtom(const MovieIndex& index) {
+    return IndexWriter(index).write();
+}
 
 IndexTrack readVideoTrack(ByteView moov) {
     const ByteView body = requireAtom(moov, {atomType("moov")}).body;

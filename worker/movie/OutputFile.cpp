@@ -1,5 +1,6 @@
 #include "worker/movie/OutputFile.h"
 
+#include "platform/Writeback.h"
 #include "worker/Status.h"
 
 #include <fcntl.h>
@@ -44,7 +45,9 @@ OutputFile OutputFile::create(const std::string& path, ExistingFile existing) {
     return file;
 }
 
-OutputFile OutputFile::open(const std::string& path) { return {path, openRegular("open", path, 0)}; }
+OutputFile OutputFile::open(const std::string& path) {
+    return {path, openRegular("open", path, 0)};
+}
 
 OutputFile::OutputFile(OutputFile&& other) noexcept
     : name(std::move(other.name)), descriptor_(std::exchange(other.descriptor_, -1)) {}
@@ -110,6 +113,10 @@ void OutputFile::truncate(std::int64_t size) {
     if (::ftruncate(descriptor_, size) != 0) {
         failed("write", name, errno);
     }
+}
+
+void OutputFile::startWriteback(std::int64_t offset, std::int64_t bytes) const {
+    Platform::startWriteback(descriptor_, offset, bytes);
 }
 
 void OutputFile::sync() const {

@@ -31,6 +31,8 @@ public:
     Bytes read(std::int64_t offset, std::size_t count) const;
     void truncate(std::int64_t size);
 
+    /// Asks the system to begin bringing these bytes to the disk; waits for nothing, reports nothing.
+    void startWriteback(std::int64_t offset, std::int64_t bytes) const;
     /// Returns when everything written is on the disk. Any thread.
     void sync() const;
     /// Throws NotFound when the path no longer names this file: somebody removed or replaced it.

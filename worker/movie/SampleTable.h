@@ -22,7 +22,7 @@ public:
     };
 
     struct Sample {
-        std::int64_t offset;              ///< bytes from the beginning of the file
+        std::int64_t offset;  ///< bytes from the beginning of the file
         std::uint32_t bytes;
         std::uint32_t duration;           ///< ticks
         std::uint32_t compositionOffset;  ///< ticks from decoding to display

@@ -12,6 +12,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
 
 namespace Morvane::Worker {
@@ -29,8 +30,13 @@ struct FreeFormat {
     }
 };
 
+/// Bytes of media that are put into the file at once.
+constexpr std::size_t largestBlock = std::size_t{1} << 24;
+
 /// Half a second: players that read sound and pictures in turn need not seek far.
-std::int64_t framesPerChunk(std::uint32_t sampleRate) { return std::max<std::int64_t>(1, sampleRate / 2); }
+std::int64_t framesPerChunk(std::uint32_t sampleRate) {
+    return std::max<std::int64_t>(1, sampleRate / 2);
+}
 
 void check(int result) {
     if (result < 0) {
@@ -73,9 +79,8 @@ Bytes librarysHeader(const SoundFormat& format) {
 
 IndexTrack soundIndexTrack(const SoundFormat& format) {
     const Bytes header = librarysHeader(format);
-    const Atom description =
-        requireAtom(header, {atomType("moov"), atomType("trak"), atomType("mdia"), atomType("minf"),
-                             atomType("stbl"), atomType("stsd")});
+    const Atom description = requireAtom(header, {atomType("moov"), atomType("trak"), atomType("mdia"),
+                                                  atomType("minf"), atomType("stbl"), atomType("stsd")});
     IndexTrack track;
     track.kind = TrackKind::Sound;
     track.description.assign(description.whole.begin(), description.whole.end());
@@ -129,31 +134,37 @@ PositionedSound::PositionedSound(const SampleFormat& sampleFormat, AppendMedia a
 void PositionedSound::checkRoom(std::int64_t position, std::int64_t count) const {
     const std::int64_t latest = latestSoundSeconds * format.sampleRate;
     if (position < 0 || count < 0 || position > latest || count > latest - position) {
-        throw StatusError(Status::BadArgument,
-                          fmt::format("{} sound samples from {} on lie outside the movie's 24 hours", count,
-                                      position));
+        throw StatusError(
+            Status::BadArgument,
+            fmt::format("{} sound samples from {} on lie outside the movie's 24 hours", count, position));
     }
     const auto next = blocks.lower_bound(position);
+    if (count == 0) {
+        return;
+    }
     const bool meetsNext = next != blocks.end() && next->first < position + count;
     const bool meetsPrevious =
         next != blocks.begin() && std::prev(next)->first + std::prev(next)->second.count > position;
     if (meetsNext || meetsPrevious) {
-        throw StatusError(Status::BadArgument,
-                          fmt::format("sound samples {} to {} overlap earlier ones", position, position + count));
+        throw StatusError(Status::BadArgument, fmt::format("sound samples {} to {} overlap earlier ones",
+                                                           position, position + count));
     }
 }
 
 void PositionedSound::add(std::int64_t position, std::int64_t count, const std::byte* samples) {
     checkRoom(position, count);
-    if (count == 0) {
-        return;
-    }
     const std::size_t width = format.channels == 2 ? 2 : SampleFormat::bytesPerFrame;
-    const std::size_t values =
-        static_cast<std::size_t>(count) * (SampleFormat::bytesPerFrame / width);
-    Bytes bytes;
-    appendBigEndian(bytes, reinterpret_cast<const std::uint8_t*>(samples), values, width, width);
-    blocks[position] = {count, append(bytes)};
+    const auto* from = reinterpret_cast<const std::uint8_t*>(samples);
+    while (count > 0) {
+        const std::int64_t piece = std::min<std::int64_t>(count, largestBlock / SampleFormat::bytesPerFrame);
+        const std::size_t bytes = static_cast<std::size_t>(piece) * SampleFormat::bytesPerFrame;
+        Bytes media;
+        appendBigEndian(media, from, bytes / width, width, width);
+        blocks[position] = {piece, append(media)};
+        from += bytes;
+        position += piece;
+        count -= piece;
+    }
 }
 
 void PositionedSound::index(IndexTrack& track, std::int64_t offset, std::int64_t count) const {
@@ -173,8 +184,8 @@ IndexTrack PositionedSound::finish() {
     for (const auto& [start, block] : blocks) {
         while (position < start) {
             const std::int64_t count = std::min(start - position, framesPerChunk(format.sampleRate));
-            const std::int64_t offset =
-                append(ByteView(silence).first(static_cast<std::size_t>(count) * SampleFormat::bytesPerFrame));
+            const std::int64_t offset = append(
+                ByteView(silence).first(static_cast<std::size_t>(count) * SampleFormat::bytesPerFrame));
             index(track, offset, count);
             position += count;
         }

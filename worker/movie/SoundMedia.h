@@ -14,8 +14,8 @@ namespace Morvane::Worker {
 /// Puts media into the movie file and gives the offset at which they lie there.
 using AppendMedia = std::function<std::int64_t(ByteView)>;
 
-/// A sound track without samples. The sample description is libav's: version 1, or 2 ("lpcm") above 48 kHz, with
-/// the channel layout.
+/// A sound track without samples. The sample description is libav's: version 1, or 2 ("lpcm") above 48 kHz,
+/// with the channel layout.
 IndexTrack soundIndexTrack(const SoundFormat& format);
 
 /// A sound track that is written from its beginning to its end. Silence is written out: an edit list would

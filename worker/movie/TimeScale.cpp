@@ -20,9 +20,8 @@ TimeScale timeScaleFor(AVRational frameRate) {
     const std::int64_t perSecond = frameRate.num * factor;
     const std::int64_t perFrame = frameRate.den * factor;
     if (std::max(perSecond, perFrame) > std::numeric_limits<std::int32_t>::max()) {
-        throw StatusError(
-            Status::BadArgument,
-            fmt::format("the frame rate {}/{} is beyond a movie's clock", frameRate.num, frameRate.den));
+        throw StatusError(Status::BadArgument, fmt::format("the frame rate {}/{} is beyond a movie's clock",
+                                                           frameRate.num, frameRate.den));
     }
     return {static_cast<std::uint32_t>(perSecond), static_cast<std::uint32_t>(perFrame)};
 }

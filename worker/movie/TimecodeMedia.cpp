@@ -79,9 +79,8 @@ void readDescription(ByteView stsd, TimecodeTrack& timecode) {
 
 void checkTimecode(const TimecodeTrack& timecode) {
     if (timecode.framesPerSecond < 1 || timecode.framesPerSecond > 255) {
-        throw StatusError(
-            Status::BadArgument,
-            fmt::format("a time code cannot count {} frames a second", timecode.framesPerSecond));
+        throw StatusError(Status::BadArgument, fmt::format("a time code cannot count {} frames a second",
+                                                           timecode.framesPerSecond));
     }
     if (timecode.startFrame < 0 || timecode.startFrame > std::numeric_limits<std::int32_t>::max()) {
         throw StatusError(Status::BadArgument,

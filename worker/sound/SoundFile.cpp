@@ -122,8 +122,9 @@ private:
         const AVCodec* decoder = nullptr;
         result = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (result < 0 || !decoder) {
-            throw StatusError(Status::BadArgument,
-                              fmt::format("cannot read sound from {}: it holds none that can be decoded", path));
+            throw StatusError(
+                Status::BadArgument,
+                fmt::format("cannot read sound from {}: it holds none that can be decoded", path));
         }
         stream = context->streams[result];
         codec.reset(avcodec_alloc_context3(decoder));
@@ -156,8 +157,9 @@ private:
         form = {trackCodec(interleaved, bits), static_cast<std::uint32_t>(codec->sample_rate),
                 codec->ch_layout.nb_channels, layoutName(codec->ch_layout)};
         if (form.codec == AV_CODEC_ID_NONE || codec->sample_rate <= 0 || form.channels <= 0) {
-            throw StatusError(Status::BadArgument,
-                              fmt::format("cannot read sound from {}: it says neither rate nor channels", path));
+            throw StatusError(
+                Status::BadArgument,
+                fmt::format("cannot read sound from {}: it says neither rate nor channels", path));
         }
         if (stream->start_time != AV_NOPTS_VALUE && format->start_time != AV_NOPTS_VALUE) {
             const std::int64_t fileStart =
@@ -197,15 +199,18 @@ private:
     void convert(std::vector<std::uint8_t>& block) {
         if (frame->sample_rate != codec->sample_rate || frame->format != codec->sample_fmt ||
             frame->ch_layout.nb_channels != form.channels) {
-            throw StatusError(Status::BadArgument,
-                              fmt::format("the sound of {} changes its form after {:.3f} s", path, seconds()));
+            throw StatusError(
+                Status::BadArgument,
+                fmt::format("the sound of {} changes its form after {:.3f} s", path, seconds()));
         }
-        const auto samples = static_cast<std::size_t>(frame->nb_samples) * static_cast<std::size_t>(form.channels);
+        const auto samples =
+            static_cast<std::size_t>(frame->nb_samples) * static_cast<std::size_t>(form.channels);
         const auto width = static_cast<std::size_t>(av_get_bytes_per_sample(interleaved));
         scratch.resize(samples * width);
         std::uint8_t* out = scratch.data();
-        const int result = swr_convert(converter.get(), &out, frame->nb_samples,
-                                       const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
+        const int result =
+            swr_convert(converter.get(), &out, frame->nb_samples,
+                        const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
         if (result != frame->nb_samples) {
             throw StatusError(Status::CodecFailed, fmt::format("cannot convert the sound of {}", path));
         }
@@ -237,10 +242,16 @@ SoundFile::SoundFile(const std::string& path) : decoder(std::make_unique<Decoder
 
 SoundFile::~SoundFile() = default;
 
-const SoundFormat& SoundFile::format() const { return decoder->form; }
+const SoundFormat& SoundFile::format() const {
+    return decoder->form;
+}
 
-std::int64_t SoundFile::startDelay() const { return decoder->delay; }
+std::int64_t SoundFile::startDelay() const {
+    return decoder->delay;
+}
 
-bool SoundFile::read(std::vector<std::uint8_t>& block) { return decoder->read(block); }
+bool SoundFile::read(std::vector<std::uint8_t>& block) {
+    return decoder->read(block);
+}
 
 }  // namespace Morvane::Worker

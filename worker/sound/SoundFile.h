@@ -18,8 +18,8 @@ public:
     SoundFile(const SoundFile&) = delete;
     SoundFile& operator=(const SoundFile&) = delete;
 
-    /// The form in which a movie holds it without loss: the file's channels, layout and rate; integers of 16, 24
-    /// or 32 bits (8-bit ones are widened), floats of 32 or 64.
+    /// The form in which a movie holds it without loss: the file's channels, layout and rate; integers of 16,
+    /// 24 or 32 bits (8-bit ones are widened), floats of 32 or 64.
     const SoundFormat& format() const;
 
     /// Sample frames by which the sound begins later than the file as a whole; 0 but for some movies.

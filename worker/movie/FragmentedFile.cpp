@@ -1,0 +1,159 @@
+#include "worker/movie/FragmentedFile.h"
+
+#include "worker/Status.h"
+#include "worker/movie/AtomReader.h"
+#include "worker/movie/MetadataAtoms.h"
+#include "worker/movie/MovieIndex.h"
+#include "worker/movie/MovieLayout.h"
+#include "worker/movie/TimecodeMedia.h"
+
+#include <algorithm>
+
+namespace Morvane::Worker {
+
+namespace {
+
+/// Bytes of packets that make a fragment at once.
+constexpr std::int64_t fragmentBytes = std::int64_t{8} << 20;
+
+/// ISO/IEC 14496-12, "Movie Extends Box": every track may go on in fragments; these state everything
+/// themselves.
+Bytes fragmentsFollow(std::size_t tracks) {
+    AtomWriter out;
+    out.atom(atomType("mvex"), [&] {
+        for (std::size_t track = 1; track <= tracks; ++track) {
+            out.fullAtom(atomType("trex"), 0, 0, [&] {
+                out.u32(track);
+                out.u32(1);  // the first and only sample description
+                out.zeros(12);
+            });
+        }
+    });
+    return out.take();
+}
+
+}  // namespace
+
+FragmentedFile::FragmentedFile(const std::string& path, const VideoTrack& video, ExistingFile existing)
+    : scale(timeScaleFor(video.frameRate)),
+      muxer(video, scale, [this](ByteView bytes) { take(bytes); }),
+      output(OutputFile::create(path, existing)) {
+    // Zeros on the disk, not a hole: when the disk is full, the index still has its place.
+    Bytes start = fileTypeAtom();
+    const auto startBytes = static_cast<std::int64_t>(start.size());
+    const Bytes reserve = shortHeader(indexReserveBytes, atomType("free"));
+    start.insert(start.end(), reserve.begin(), reserve.end());
+    start.resize(static_cast<std::size_t>(startBytes + indexReserveBytes));
+    try {
+        output.write(0, start);
+    } catch (const StatusError&) {
+        output.remove();
+        throw;
+    }
+    endOffset = startBytes + indexReserveBytes;
+}
+
+void FragmentedFile::add(const AVPacket& packet) {
+    muxer.add(packet);
+    ++packetCount;
+    ++waitingPackets;
+    waiting += packet.size;
+    if (!headerWritten) {
+        writeHeader(packet);
+    }
+    if (waiting >= fragmentBytes || waitingPackets >= FragmentMuxer::mostPackets) {
+        flush();
+    }
+}
+
+void FragmentedFile::writeHeader(const AVPacket& first) {
+    muxer.flush();
+    const ByteView moov = requireAtom(librarysHeader, {atomType("moov")}).whole;
+    MovieIndex index;
+    index.timeScale = scale.ticksPerSecond;
+    index.created = movieTimeNow();
+    index.metadata = writeMetadataAtoms(metadata);
+    index.tracks.push_back(readVideoTrack(moov));
+    index.tracks.back().firstShown = (first.pts - first.dts) * scale.ticksPerFrame;
+    AtomWriter out;
+    if (timecode) {
+        const Bytes media = timecodeMedia(*timecode, 1, scale);
+        index.tracks.push_back(timecodeIndexTrack(*timecode, 1, scale, endOffset + shortHeaderBytes));
+        out.atom(atomType("mdat"), [&] { out.append(media); });
+    }
+    index.fragments = fragmentsFollow(index.tracks.size());
+    out.append(writeMovieAtom(index));
+    output.write(endOffset, out.bytes());
+    advance(static_cast<std::int64_t>(out.bytes().size()));
+    headerWritten = true;
+    librarysHeader.clear();
+}
+
+void FragmentedFile::flush() {
+    if (waiting == 0) {
+        return;
+    }
+    waiting = 0;
+    waitingPackets = 0;
+    fragmentHeader.clear();
+    fragmentMedia = 0;
+    try {
+        muxer.flush();
+        output.write(endOffset, fragmentHeader);
+    } catch (const StatusError&) {
+        output.truncate(endOffset);
+        throw;
+    }
+    advance(static_cast<std::int64_t>(fragmentHeader.size()) + fragmentMedia);
+}
+
+void FragmentedFile::take(ByteView bytes) {
+    if (!headerWritten) {
+        librarysHeader.insert(librarysHeader.end(), bytes.begin(), bytes.end());
+        return;
+    }
+    takeFragment(bytes);
+}
+
+void FragmentedFile::takeFragment(ByteView bytes) {
+    const auto collect = [&](std::size_t target) {
+        const std::size_t count = std::min(bytes.size(), target - std::min(target, fragmentHeader.size()));
+        fragmentHeader.insert(fragmentHeader.end(), bytes.begin(),
+                              bytes.begin() + static_cast<std::ptrdiff_t>(count));
+        bytes = bytes.subspan(count);
+    };
+    collect(shortHeaderBytes);
+    if (fragmentHeader.size() < shortHeaderBytes) {
+        return;
+    }
+    const std::size_t headerBytes = AtomCursor(fragmentHeader).u32();
+    collect(headerBytes);
+    output.write(endOffset + static_cast<std::int64_t>(headerBytes) + fragmentMedia, bytes);
+    fragmentMedia += static_cast<std::int64_t>(bytes.size());
+}
+
+std::int64_t FragmentedFile::append(ByteView media) {
+    AtomWriter out;
+    out.atom(atomType("mdat"), [&] { out.append(media); });
+    try {
+        output.write(endOffset, out.bytes());
+    } catch (const StatusError&) {
+        output.truncate(endOffset);
+        throw;
+    }
+    const std::int64_t offset = endOffset + shortHeaderBytes;
+    advance(static_cast<std::int64_t>(out.bytes().size()));
+    return offset;
+}
+
+void FragmentedFile::shorten(std::int64_t end) {
+    output.truncate(end);
+    endOffset = end;
+}
+
+void FragmentedFile::advance(std::int64_t bytes) {
+    output.startWriteback(endOffset, bytes);
+    endOffset += bytes;
+}
+
+}  // namespace Morvane::Worker
