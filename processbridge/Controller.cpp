@@ -11,11 +11,19 @@
 
 namespace Morvane::ProcessBridge {
 
+namespace {
+
+/// In a plain pointer, since files and semaphores are deliberately left in place when construction or
+/// destruction of their controller fails.
+ControllerResources* makeResources(const std::string& bridgeName) {
+    return new ControllerResources(ResourceNames(bridgeName));
+}
+
+}  // namespace
+
 Controller::Controller(const std::string& name, const std::string& workerPath,
                        const std::vector<std::string>& arguments)
-    // A plain pointer, since what it holds is deliberately left in place when construction or destruction
-    // fails.
-    : resources(new ControllerResources(ResourceNames(name))) {
+    : resources(makeResources(name)) {
     std::vector<const char*> argumentList{name.c_str()};
     for (const std::string& argument : arguments) {
         argumentList.push_back(argument.c_str());
