@@ -12,14 +12,16 @@ enum class FailureForm {
     ErrorPrefix  ///< "Error: -50"
 };
 
-/// What one way of running the worker ("write", "read", "videooutput") does with requests. Used by the thread of the
-/// request loop, which is the program's first one. Destroying it while something is open leaves what is on disk readable.
+/// What one way of running the worker ("write", "read", "videooutput") does with requests. Used by the thread
+/// of the request loop, which is the program's first one. Destroying it while something is open leaves what
+/// is on disk readable.
 class Mode {
 public:
     virtual ~Mode() = default;
 
-    /// Carries out one request and sets its answer. Throws what is to be answered as a failure: StatusError with its
-    /// status; std::bad_alloc as NoMemory; anything else as BadArgument, since what decodes a request throws it.
+    /// Carries out one request and sets its answer. Throws what is to be answered as a failure: StatusError
+    /// with its status; std::bad_alloc as NoMemory; anything else as BadArgument, since what decodes a
+    /// request throws it.
     virtual void handle(Request& request) = 0;
 
     /// How the operation `opcode`, known or not, answers a failure.

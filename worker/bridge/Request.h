@@ -10,8 +10,8 @@
 
 namespace Morvane::Worker {
 
-/// One request on its way through its handler: what came with it and what is answered. A handler either sets one
-/// answer or throws; one that sets none answers "0".
+/// One request on its way through its handler: what came with it and what is answered. A handler either sets
+/// one answer or throws; one that sets none answers "0".
 class Request {
 public:
     Request(BridgeEnd& end, std::string requestText) : text(std::move(requestText)), bridge(end) {}
@@ -26,8 +26,8 @@ public:
     /// Answers with `text`. No zero byte in it can arrive.
     void answer(std::string text) { answerText = std::move(text); }
 
-    /// Answers with `bytes` bytes of data, which the handler writes into the span. It must fill them before it
-    /// returns; whatever it throws is answered instead.
+    /// Answers with `bytes` bytes of data, which the handler writes into the span. It must fill them before
+    /// it returns; whatever it throws is answered instead.
     std::span<std::byte> answerWithData(std::uint64_t bytes) {
         answerText.reset();
         answersWithData = true;

@@ -7,8 +7,8 @@
 
 namespace Morvane::Worker {
 
-/// Serves requests one after the other until it is told to end. Every request gets exactly one answer, also one that
-/// cannot be read, and no request ends the loop.
+/// Serves requests one after the other until it is told to end. Every request gets exactly one answer, also
+/// one that cannot be read, and no request ends the loop.
 class RequestLoop {
 public:
     /// Both must outlive the loop.

@@ -207,7 +207,7 @@ inline constexpr CodecOption h264Options[] = {
      "What the encoder is tuned for"},
     {"level", Choice, "auto|1|1.1|1.2|1.3|2|2.1|2.2|3|3.1|3.2|4|4.1|4.2|5|5.1|5.2|6|6.1|6.2", "auto", "level",
      "The level that the stream states"},
-    {"bframes", Integer, "0|8", "auto", "bf", "Most B-pictures in a row"},
+    {"bframes", Integer, "0|5", "auto", "bf", "Most B-pictures in a row"},
     crf};
 inline constexpr CodecOption hevcOptions[] = {
     {"chroma", Choice, "auto|420|422|444|rgb", "auto", nullptr,

@@ -21,6 +21,11 @@ constexpr int mostFramesAhead = 48;
 constexpr int queuedFrames = 4;
 /// The look-ahead grows with each thread of an encoder that works on whole frames.
 constexpr int mostFrameThreads = 12;
+/// B-pictures in a row that the presets allow, and the most that a person may.
+constexpr int usualInARow = 3;
+constexpr int mostInARow = 5;
+/// libx265 adds its frame threads and its own queue to this.
+constexpr int x265LookAhead = 20;
 
 using Options = std::map<std::string, std::string>;
 
@@ -133,22 +138,28 @@ const CodecProfile* findProfile(const Codec& codec, const std::string& name) {
     return found == codec.profiles.end() ? nullptr : &*found;
 }
 
-/// Bounds how many frames the encoder keeps before its first packet, where its preset would keep more.
-void boundLookAhead(Options& options, const Settings& settings, const std::string& encoder, int threads) {
-    if (encoder.rfind("libx26", 0) != 0)
+bool isX264(const std::string& encoder) {
+    return encoder.rfind("libx264", 0) == 0;
+}
+
+/// Threads that one encoder uses itself. libx264 keeps all cores busy with half as many threads again.
+int ownThreads(const Codec& codec, const std::string& encoder, int threads) {
+    if (codec.intraOnly)
+        return 1;
+    return std::min(isX264(encoder) ? threads * 3 / 2 : threads, mostFrameThreads);
+}
+
+/// Bounds how many frames an encoder keeps before its first packet, where its preset would keep more.
+void boundLookAhead(Options& options, const std::string& preset, const std::string& encoder,
+                    int frameThreads) {
+    if (!listHolds("medium|slow|slower|veryslow|placebo", preset))
         return;
-    const int frameThreads = std::min(threads * 3 / 2 + 1, mostFrameThreads);
-    const bool x265 = encoder == "libx265";
-    const int inARow = options.count("bf")                                        ? std::stoi(options["bf"])
-                       : listHolds("veryslow|placebo", settings.option("preset")) ? 8
-                                                                                  : 3;
-    const int ahead = mostFramesAhead - queuedFrames - frameThreads - 2 * (inARow + 1);
-    if (!listHolds("medium|slow|slower|veryslow|placebo", settings.option("preset")))
-        return;
-    if (x265)
-        options["rc-lookahead"] = std::to_string(std::min(ahead, 20));
-    else
-        options["rc-lookahead"] = std::to_string(ahead);
+    // With these presets the encoder looks four times as far as it may put B-pictures in a row.
+    if (listHolds("veryslow|placebo", preset))
+        options.emplace("bf", std::to_string(mostInARow));
+    const int inARow = options.count("bf") ? std::stoi(options["bf"]) : usualInARow;
+    const int ahead = mostFramesAhead - queuedFrames - frameThreads - (inARow + 1) - 1;
+    options["rc-lookahead"] = std::to_string(isX264(encoder) ? ahead : std::min(ahead, x265LookAhead));
 }
 
 /// libx265 takes its own options as one text.
@@ -161,7 +172,7 @@ void gatherX265Options(Options& options) {
 }
 
 Options encoderOptions(const EncodingRequest& request, const std::string& profile, const std::string& encoder,
-                       int threads) {
+                       int frameThreads) {
     const Settings& settings = request.settings;
     const Codec& codec = *settings.codec;
     Options options;
@@ -176,7 +187,8 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
         if (option.encoderOption && value != "auto")
             options[option.encoderOption] = value;
     }
-    boundLookAhead(options, settings, encoder, threads);
+    if (isX264(encoder) || encoder == "libx265")
+        boundLookAhead(options, settings.option("preset"), encoder, frameThreads);
     if (encoder == "libx265")
         gatherX265Options(options);
     return options;
@@ -217,7 +229,8 @@ EncodingPlan planEncoding(const EncodingRequest& request) {
     plan.keyFrameRate = request.keyFrameRate;
     plan.threads = settings.threads != 0 ? settings.threads
                                          : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
-    const Options options = encoderOptions(request, profile, plan.encoder, plan.threads);
+    plan.encoderThreads = ownThreads(codec, plan.encoder, plan.threads);
+    const Options options = encoderOptions(request, profile, plan.encoder, plan.encoderThreads);
     plan.options.assign(options.begin(), options.end());
     return plan;
 }

@@ -38,7 +38,8 @@ struct EncodingPlan {
     AVFieldOrder fields = AV_FIELD_PROGRESSIVE;
     AVRational aspect = {1, 1};
     int keyFrameRate = 0;
-    int threads = 1;                                           ///< at least 1
+    int threads = 1;         ///< at least 1
+    int encoderThreads = 1;  ///< of one encoder; 1 where several work side by side
     std::vector<std::pair<std::string, std::string>> options;  ///< of the encoder, libav's names, each once
 };
 

@@ -166,8 +166,7 @@ Settings Settings::fromPropertyList(const std::string& listText, const Codec& ro
     SettingPairs pairs;
     for (const auto& property : list) {
         const std::string value = property->toString();
-        if (!isDescription(property->name) &&
-            (!value.empty() || property->name.compare(0, metadataPrefix.size(), metadataPrefix) == 0))
+        if (!isDescription(property->name) && !value.empty())
             pairs.emplace_back(property->name, value);
     }
     return parse(formatSettingPairs(pairs), row);

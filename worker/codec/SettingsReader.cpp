@@ -4,16 +4,11 @@
 #include "worker/codec/ColourNames.h"
 #include "worker/codec/PictureChoice.h"
 
-extern "C" {
-#include <libavutil/parseutils.h>
-}
-
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
 #include <algorithm>
 #include <charconv>
-#include <climits>
 #include <optional>
 #include <set>
 
@@ -23,6 +18,8 @@ namespace {
 
 constexpr int mostThreads = 256;
 constexpr int largestAspectTerm = 32767;
+constexpr double lowestAspect = 0.01;
+constexpr double highestAspect = 100;
 
 [[noreturn]] void refuse(const std::string& sentence) {
     throw StatusError(Status::NotSupportedByCodec, sentence);
@@ -109,6 +106,22 @@ bool looksLikeTimecode(const std::string& text) {
         }
     }
     return group == 3 && digits > 0;
+}
+
+/// "59/54", "59:54" or "1.5".
+std::optional<AVRational> ratioOf(const std::string& text) {
+    const std::size_t middle = text.find_first_of("/:");
+    if (middle == std::string::npos) {
+        const auto value = number<double>(text);
+        if (!value || !(*value >= lowestAspect && *value <= highestAspect))
+            return std::nullopt;
+        return av_d2q(*value, largestAspectTerm);
+    }
+    const auto width = number<int>(text.substr(0, middle));
+    const auto height = number<int>(text.substr(middle + 1));
+    if (!width || !height || std::min(*width, *height) < 1 || std::max(*width, *height) > largestAspectTerm)
+        return std::nullopt;
+    return AVRational{*width, *height};
 }
 
 }  // namespace
@@ -304,11 +317,10 @@ void SettingsReader::readAspect() {
     const std::string* value = take("aspect");
     if (!value)
         return;
-    std::string ratio = *value;
-    std::replace(ratio.begin(), ratio.end(), '/', ':');
-    if (av_parse_ratio(&settings.aspect, ratio.c_str(), largestAspectTerm, 0, nullptr) < 0 ||
-        settings.aspect.num <= 0 || settings.aspect.den <= 0)
+    const std::optional<AVRational> ratio = ratioOf(*value);
+    if (!ratio)
         refuse(fmt::format("aspect={} is no pixel aspect; it is a ratio such as 1/1 or 59/54", *value));
+    settings.aspect = *ratio;
 }
 
 void SettingsReader::readThreads() {

@@ -46,7 +46,7 @@ public:
 
 }  // namespace
 
-EncoderContext::EncoderContext(const EncodingPlan& encodingPlan, int threads) : plan(encodingPlan) {
+EncoderContext::EncoderContext(const EncodingPlan& encodingPlan) : plan(encodingPlan) {
     const AVCodec* encoder = avcodec_find_encoder_by_name(plan.encoder);
     if (!encoder)
         throw StatusError(
@@ -55,20 +55,20 @@ EncoderContext::EncoderContext(const EncodingPlan& encodingPlan, int threads) : 
     context.reset(avcodec_alloc_context3(encoder));
     if (!context)
         throw std::bad_alloc();
-    configure(threads);
+    configure();
     open();
     if (plan.codec->bitstreamFilter)
         openFilter();
 }
 
-void EncoderContext::configure(int threads) {
+void EncoderContext::configure() {
     context->width = plan.width;
     context->height = plan.height;
     context->pix_fmt = plan.picture->format;
     context->framerate = statedRate(plan);
     context->time_base = av_inv_q(context->framerate);
     context->sample_aspect_ratio = plan.aspect;
-    context->thread_count = threads;
+    context->thread_count = plan.encoderThreads;
     context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
     context->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     if (plan.keyFrameRate > 0 && !plan.codec->intraOnly)

@@ -32,9 +32,8 @@ struct FreeBitstreamFilter {
 /// One libav encoder, opened for a plan, with the codec's bitstream filter behind it. One thread at a time.
 class EncoderContext {
 public:
-    /// `threads`: what the encoder may use itself; 1 where several contexts work side by side.
     /// Throws StatusError (NotSupportedByCodec, NoMemory) where libav refuses.
-    EncoderContext(const EncodingPlan& plan, int threads);
+    explicit EncoderContext(const EncodingPlan& plan);
 
     /// The track's description, as a movie needs it; the caller owns it.
     ParametersPointer parameters() const;
@@ -47,7 +46,7 @@ public:
     PacketPointer receive();
 
 private:
-    void configure(int threads);
+    void configure();
     void setColour();
     void setQuantiser(const std::string& value);
     void open();

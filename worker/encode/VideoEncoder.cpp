@@ -21,8 +21,6 @@ namespace {
 constexpr std::size_t waitingPictures = 2;
 /// More contexts side by side bring nothing but memory.
 constexpr int mostContexts = 16;
-/// Beyond it, encoders with threads of their own gain little, and each thread adds a frame to what they keep.
-constexpr int mostOwnThreads = 12;
 
 std::size_t contextCount(const EncodingPlan& plan) {
     return plan.codec->intraOnly ? std::min(plan.threads, mostContexts) : 1;
@@ -72,9 +70,8 @@ private:
 
 VideoEncoder::Pipeline::Pipeline(const EncodingPlan& encodingPlan)
     : plan(encodingPlan), converter(plan), pictures(plan), packets(2 * contextCount(plan)) {
-    const int ownThreads = plan.codec->intraOnly ? 1 : std::min(plan.threads, mostOwnThreads);
     for (std::size_t i = 0; i < contextCount(plan); ++i)
-        contexts.push_back(std::make_unique<EncoderContext>(plan, ownThreads));
+        contexts.push_back(std::make_unique<EncoderContext>(plan));
     description = contexts.front()->parameters();
 }
 

@@ -13,7 +13,9 @@ template <typename Sample>
 Sample rounded(float value, float highest) {
     if (std::isnan(value))
         return 0;
-    return static_cast<Sample>(std::nearbyint(std::min(std::max(value, 0.0F), 1.0F) * highest));
+    // A double holds the product of a float and a sample exactly.
+    const double limited = std::min(std::max(value, 0.0F), 1.0F);
+    return static_cast<Sample>(std::nearbyint(limited * highest));
 }
 
 std::uint16_t swapped(std::uint16_t sample) {

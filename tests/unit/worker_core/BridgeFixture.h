@@ -17,8 +17,8 @@
 
 namespace Morvane::Worker {
 
-/// A bridge whose host is the test itself: it makes the four objects as a controller does, puts requests into the
-/// files and looks at the answers.
+/// A bridge whose host is the test itself: it makes the four objects as a controller does, puts requests into
+/// the files and looks at the answers.
 class BridgeFixture : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -73,7 +73,8 @@ protected:
     std::filesystem::path requestPath() const { return folder / "processbridge" / names.requestFile; }
 
     const std::filesystem::path folder = "/tmp/corvel-worker-core-" + std::to_string(getpid());
-    const ProcessBridge::ResourceNames names{"00000000000000000000" + std::to_string(100000000000 + getpid())};
+    const ProcessBridge::ResourceNames names{"00000000000000000000" +
+                                             std::to_string(100000000000 + getpid())};
     std::unique_ptr<ProcessBridge::SharedMemoryFile> dataFile, requestFile;
     std::unique_ptr<ProcessBridge::NamedSemaphore> ready, done;
     std::unique_ptr<BridgeEnd> bridge;

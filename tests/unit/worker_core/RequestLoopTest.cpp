@@ -51,7 +51,9 @@ TEST_F(RequestLoopTest, AnswersWhatTheHandlerSets) {
     EXPECT_EQ(serve("W0000000e"), "echo W0000000e");
 }
 
-TEST_F(RequestLoopTest, AnswersZeroWhereTheHandlerSetsNothing) { EXPECT_EQ(serve("W00000002"), "0"); }
+TEST_F(RequestLoopTest, AnswersZeroWhereTheHandlerSetsNothing) {
+    EXPECT_EQ(serve("W00000002"), "0");
+}
 
 TEST_F(RequestLoopTest, AnswersDataInPlace) {
     mode.script = [](Request& request) {

@@ -30,7 +30,8 @@ TEST(StatusTest, TranslatesTheLibrarysErrorsAboutFilesAndMemory) {
 
 TEST(StatusTest, LeavesTheLibrarysOtherErrorsToTheCaller) {
     EXPECT_EQ(statusOfLibraryError(AVERROR_INVALIDDATA, Status::CodecFailed), Status::CodecFailed);
-    EXPECT_EQ(statusOfLibraryError(AVERROR(EINVAL), Status::NotSupportedByCodec), Status::NotSupportedByCodec);
+    EXPECT_EQ(statusOfLibraryError(AVERROR(EINVAL), Status::NotSupportedByCodec),
+              Status::NotSupportedByCodec);
 }
 
 }  // namespace
