@@ -2,8 +2,6 @@
 
 #include <strings.h>
 
-#include <cmath>
-#include <limits>
 #include <new>
 
 #include "Kex/Image/Write.h"
@@ -30,8 +28,7 @@ std::int32_t defaultCodec(const char* const* entries) {
 
 }  // namespace
 
-movWriter::movWriter(Kex::Image::Write* node) : Writer(node) {
-    controller = createController();
+movWriter::movWriter(Kex::Image::Write* node) : Writer(node), controller(createController()) {
     if (controller == nullptr) {
         return;
     }

@@ -52,7 +52,7 @@ private:
     void addAudio();
     void addTimeCode();
 
-    QuickTime::QuickTimeCodecWriterInterface* controller = nullptr;  // owned, see LiveWriterControllers
+    QuickTime::QuickTimeCodecWriterInterface* controller;  // owned, see LiveWriterControllers
     bool controllerAvailable = false;
     bool fileOpen = false;
     std::string settings;  ///< the codec's own text
