@@ -16,7 +16,6 @@
 
 namespace {
 
-using namespace std::chrono_literals;
 using Morvane::ProcessBridge::ControllerData;
 using Morvane::ProcessBridge::ExecutorI;
 using Morvane::Testing::TestController;
@@ -224,7 +223,7 @@ TEST(ControllerInterface, KeepsTheOrderOfItsOperations) {
     kill(sut->resources->process.pid, SIGKILL);
     sut->resources->process.waitForExit();
     std::thread(send).detach();
-    std::this_thread::sleep_for(300ms);
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
     _exit(returned == 0 ? 0 : 1);
 }
 
