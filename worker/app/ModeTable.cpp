@@ -1,0 +1,36 @@
+#include "worker/app/ModeTable.h"
+
+#include "worker/read/ReadMode.h"
+#include "worker/write/WriteMode.h"
+
+namespace Morvane::Worker {
+
+namespace {
+
+struct Entry {
+    const char* word;
+    std::unique_ptr<Mode> (*make)();
+};
+
+constexpr Entry modes[] = {
+    {"write", []() -> std::unique_ptr<Mode> { return std::make_unique<WriteMode>(); }},
+    {"read", []() -> std::unique_ptr<Mode> { return std::make_unique<ReadMode>(); }},
+};
+
+}  // namespace
+
+std::unique_ptr<Mode> makeMode(const std::string& word) {
+    for (const Entry& mode : modes)
+        if (word == mode.word)
+            return mode.make();
+    return nullptr;
+}
+
+std::string modeWords() {
+    std::string words;
+    for (const Entry& mode : modes)
+        words += (words.empty() ? "" : "|") + std::string(mode.word);
+    return words;
+}
+
+}  // namespace Morvane::Worker

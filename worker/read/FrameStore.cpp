@@ -1,0 +1,200 @@
+#include "worker/read/FrameStore.h"
+
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <utility>
+
+namespace Morvane::Worker {
+
+namespace {
+
+/// Frames decoded before the host asks for them.
+constexpr std::size_t framesAhead = 12;
+/// How far apart two frames are at most that a host asks for one after the other in one direction.
+constexpr std::size_t longestStep = 8;
+/// Walking backwards, this many frames before the wanted one are decoded with it.
+constexpr std::size_t framesBehind = 8;
+/// A key packet no further ahead than this is reached by decoding on, since starting anew costs as much.
+constexpr std::size_t shortestJump = 4;
+/// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for before
+/// one counts as missing.
+constexpr std::size_t patience = 16;
+
+std::size_t bytesOf(const AVFrame& frame) {
+    std::size_t bytes = 0;
+    for (const AVBufferRef* buffer : frame.buf)
+        if (buffer != nullptr)
+            bytes += buffer->size;
+    return bytes;
+}
+
+}  // namespace
+
+FrameStore::FrameStore(SharedSource movie, const FrameIndex& frameIndex, std::size_t budgetBytes)
+    : index(frameIndex), source(std::move(movie)), budget(budgetBytes), decoder(source, frameIndex) {
+    thread = std::thread([this] { decode(); });
+}
+
+FrameStore::~FrameStore() {
+    interrupt();
+    thread.join();
+}
+
+void FrameStore::interrupt() {
+    const std::lock_guard lock(mutex);
+    stopping = true;
+    changed.notify_all();
+}
+
+std::shared_ptr<const AVFrame> FrameStore::frame(std::size_t number) {
+    std::unique_lock lock(mutex);
+    follow(number);
+    changed.notify_all();
+    changed.wait(lock, [&] { return stopping || failure || frames.count(number) != 0; });
+    asked = false;
+    if (const auto found = frames.find(number); found != frames.end())
+        return found->second;
+    if (failure)
+        throw *failure;
+    throw StatusError(Status::InputOutput, "reading " + source->path + " was interrupted");
+}
+
+/// Takes note of the frame that is asked for, and of where that leads.
+void FrameStore::follow(std::size_t number) {
+    if (number > anchor)
+        direction = number - anchor <= longestStep || !run.active ? Direction::Forward : Direction::None;
+    else if (number < anchor)
+        direction = anchor - number <= longestStep ? Direction::Backward : Direction::None;
+    anchor = number;
+    asked = true;
+    ++questions;
+    failure.reset();
+    restartAt.reset();
+}
+
+void FrameStore::decode() {
+    std::unique_lock lock(mutex);
+    for (;;) {
+        changed.wait(lock, [this] { return stopping || hasWork(); });
+        if (stopping)
+            return;
+        const unsigned question = questions;
+        std::optional<StatusError> problem;
+        try {
+            decodeOne(lock);
+        } catch (const StatusError& error) {
+            problem.emplace(error);
+        } catch (const std::bad_alloc&) {
+            problem.emplace(Status::NoMemory, "not enough memory to decode " + source->path);
+        }
+        run.active = run.active && !problem;
+        // Somebody may have asked for another frame meanwhile, and what failed was not that one's.
+        if (problem && question == questions)
+            failure.emplace(*problem);
+        changed.notify_all();
+    }
+}
+
+bool FrameStore::hasWork() const {
+    if (failure)
+        return false;
+    return isWantedMissing() || (direction == Direction::Forward && run.active && !isAheadEnough());
+}
+
+bool FrameStore::isWantedMissing() const { return asked && frames.count(anchor) == 0; }
+
+bool FrameStore::isAheadEnough() const {
+    const auto firstAhead = frames.upper_bound(anchor);
+    const auto ahead = static_cast<std::size_t>(std::distance(firstAhead, frames.end()));
+    return ahead >= framesAhead || (ahead > 0 && ahead * bytesOf(*firstAhead->second) > budget / 2);
+}
+
+/// The packet to start anew from; nothing where decoding on leads to the wanted frame.
+std::optional<std::size_t> FrameStore::newStart() const {
+    if (restartAt || !isWantedMissing())
+        return restartAt;
+    const std::size_t start = index.startFor(anchor);
+    const bool comes = run.active && run.start <= start && run.nextNumber <= anchor;
+    if (comes && start <= decoder.position() + shortestJump)
+        return std::nullopt;
+    if (direction != Direction::Backward)
+        return start;
+    return index.startFor(anchor - std::min(anchor, framesBehind));
+}
+
+/// The packet after which nothing needs to be decoded any more; nothing where frames ahead are welcome, or where a
+/// decoder that has been emptied would have to start far behind.
+std::optional<std::size_t> FrameStore::lastPacketNeeded() const {
+    if (direction == Direction::Forward || !decoder.isIntraOnly() || !isWantedMissing())
+        return std::nullopt;
+    return index.packetOfFrame(anchor);
+}
+
+void FrameStore::decodeOne(std::unique_lock<std::mutex>& lock) {
+    const auto start = newStart();
+    if (start) {
+        run = Run{true, *start, 0};
+        restartAt.reset();
+    }
+    const auto lastPacket = lastPacketNeeded();
+    const unsigned question = questions;
+    lock.unlock();
+    std::optional<DecodedFrame> decoded;
+    try {
+        if (start)
+            decoder.startAt(*start);
+        decoded = decoder.next(lastPacket);
+    } catch (...) {
+        lock.lock();
+        throw;
+    }
+    lock.lock();
+    if (decoded)
+        keep(std::move(*decoded));
+    else
+        run.active = false;
+    if (question == questions)
+        giveUpIfMissing();
+    evict();
+}
+
+void FrameStore::keep(DecodedFrame decoded) {
+    run.nextNumber = std::max(run.nextNumber, decoded.number + 1);
+    const auto [place, isNew] = frames.try_emplace(decoded.number, nullptr);
+    if (!isNew)
+        return;
+    place->second = std::shared_ptr<const AVFrame>(std::move(decoded.picture));
+    heldBytes += bytesOf(*place->second);
+}
+
+/// A frame that has been passed by does not come any more. It gets one more chance from the key packet before the one
+/// that should do, since not every movie marks its keys rightly.
+void FrameStore::giveUpIfMissing() {
+    const bool passed = !run.active || run.nextNumber > anchor + patience;
+    if (!isWantedMissing() || !passed)
+        return;
+    const std::size_t earlier = index.keyBefore(index.startFor(anchor));
+    if (run.start > earlier)
+        restartAt = earlier;
+    else
+        failure.emplace(Status::CodecFailed, "frame " + std::to_string(anchor) + " of " + source->path + " is damaged");
+}
+
+/// Keeps within the budget: what the host is least likely to ask for goes first.
+void FrameStore::evict() {
+    while (heldBytes > budget && frames.size() > 1) {
+        const auto first = frames.begin();
+        const auto last = std::prev(frames.end());
+        const std::size_t below = anchor - std::min(anchor, first->first);
+        const std::size_t above = last->first - std::min(last->first, anchor);
+        const bool dropFirst = direction == Direction::Forward    ? below > 0
+                               : direction == Direction::Backward ? above == 0
+                                                                  : below > above;
+        const auto victim = dropFirst ? first : last;
+        heldBytes -= bytesOf(*victim->second);
+        frames.erase(victim);
+    }
+}
+
+}  // namespace Morvane::Worker

@@ -1,0 +1,95 @@
+#include "worker/read/MovieInput.h"
+
+extern "C" {
+#include <libavutil/dict.h>
+}
+
+#include <cerrno>
+#include <cstring>
+
+#include "worker/Status.h"
+
+namespace Morvane::Worker {
+
+namespace {
+
+/// Play lists and reference movies name other files and addresses. None is opened: a host reads the file it named.
+int refuseToOpen(AVFormatContext*, AVIOContext** io, const char*, int, AVDictionary**) {
+    *io = nullptr;
+    return AVERROR(EPERM);
+}
+
+[[noreturn]] void fail(const std::string& path, int libraryError) {
+    throw StatusError(statusOfLibraryError(libraryError, Status::CodecFailed),
+                      "cannot read " + path + ": " + libavReason(libraryError));
+}
+
+FormatPointer openFormat(const std::string& path, FileSource& file) {
+    AVFormatContext* context = requireMemory(avformat_alloc_context());
+    context->pb = file.context();
+    context->io_open = refuseToOpen;
+    AVDictionary* options = nullptr;
+    // All of the file's own keys, also those that only a camera's maker knows.
+    av_dict_set(&options, "export_all", "1", 0);
+    // Frees the context itself when it fails.
+    const int result = avformat_open_input(&context, path.c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (result < 0)
+        fail(path, result);
+    return FormatPointer(context);
+}
+
+}  // namespace
+
+std::string libavReason(int libraryError) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = "";
+    av_strerror(libraryError, text, sizeof text);
+    return text;
+}
+
+MovieInput::MovieInput(const SharedSource& source) : file(source), context(openFormat(source->path, file)) {
+    const std::string& path = source->path;
+    const int result = avformat_find_stream_info(context.get(), nullptr);
+    if (result < 0)
+        fail(path, result);
+    videoIndex = av_find_best_stream(context.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+    // A cover picture is no movie.
+    if (videoIndex < 0 || (video().disposition & AV_DISPOSITION_ATTACHED_PIC) != 0)
+        throw StatusError(Status::CodecFailed, "cannot read " + path + ": it has no picture track");
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        context->streams[i]->discard = static_cast<int>(i) == videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    // Samples are frames and have their times: nothing to be found by parsing, nothing to be guessed.
+    if (isQuickTime()) {
+        context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
+        rewind();
+    }
+}
+
+bool MovieInput::isQuickTime() const { return std::strstr(context->iformat->name, "mov") != nullptr; }
+
+void MovieInput::listOnly() {
+    if (isQuickTime())
+        file.skip(file.mediaDataRanges());
+}
+
+bool MovieInput::rewind() {
+    // Before every time that a movie can have, and far enough from the type's end to be calculated with.
+    constexpr std::int64_t beforeAll = -(std::int64_t{1} << 50);
+    return seek(beforeAll);
+}
+
+bool MovieInput::seek(std::int64_t time) {
+    return av_seek_frame(context.get(), videoIndex, time, AVSEEK_FLAG_BACKWARD) >= 0;
+}
+
+bool MovieInput::readPacket(AVPacket& packet) {
+    for (;;) {
+        av_packet_unref(&packet);
+        if (av_read_frame(context.get(), &packet) < 0)
+            return false;
+        if (packet.stream_index == videoIndex)
+            return true;
+    }
+}
+
+}  // namespace Morvane::Worker
