@@ -1,0 +1,10 @@
+# Puts the test `target` into an application bundle of its own, NAME.app, whose helper is the real worker.
+function(corvel_real_worker_bundle target name)
+  set(contents ${CMAKE_BINARY_DIR}/tests/bundles/${name}.app/Contents)
+  set(folder ${contents}/Resources/CorvelQuickTimeHelper-32.app)
+  corvel_info_plist(${contents} ${name} com.corvel.host ${target} APPL)
+  set_target_properties(${target} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${contents}/MacOS)
+  file(MAKE_DIRECTORY ${folder})
+  file(CREATE_LINK ${CORVEL_HELPER_FOLDER}/CorvelQuickTimeHelper-32 ${folder}/CorvelQuickTimeHelper-32 SYMBOLIC)
+  add_dependencies(${target} CorvelQuickTimeHelper-32)
+endfunction()
