@@ -33,6 +33,9 @@ public:
     /// The packet that is decoded next.
     std::size_t position() const { return nextPacket; }
 
+    /// Whether no more packets go in until `startAt`.
+    bool isDraining() const { return draining; }
+
     /// The next frame in showing order; nothing at the end of the movie. Where `lastPacket` is given, no packet after
     /// it is decoded, and nothing comes when all frames up to there have come. After nothing, only `startAt` goes on.
     std::optional<DecodedFrame> next(std::optional<std::size_t> lastPacket = std::nullopt);

@@ -114,13 +114,13 @@ bool FrameStore::isAheadEnough() const {
 std::optional<std::size_t> FrameStore::newStart() const {
     if (restartAt || !isWantedMissing())
         return restartAt;
-    const std::size_t start = index.startFor(anchor);
-    const bool comes = run.active && run.start <= start && run.nextNumber <= anchor;
+    const std::size_t first = direction == Direction::Backward ? anchor - std::min(anchor, framesBehind) : anchor;
+    const std::size_t start = index.startFor(first);
+    const bool goesIn = !decoder.isDraining() || decoder.position() > index.packetOfFrame(anchor);
+    const bool comes = run.active && run.start <= index.startFor(anchor) && run.nextNumber <= anchor && goesIn;
     if (comes && start <= decoder.position() + shortestJump)
         return std::nullopt;
-    if (direction != Direction::Backward)
-        return start;
-    return index.startFor(anchor - std::min(anchor, framesBehind));
+    return start;
 }
 
 /// The packet after which nothing needs to be decoded any more; nothing where frames ahead are welcome, or where a

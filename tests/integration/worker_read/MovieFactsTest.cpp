@@ -1,0 +1,1 @@
+#include "tests/integration/worker_read/ReaderFixture.h"
