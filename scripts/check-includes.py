@@ -53,7 +53,8 @@ def layer_of_include(name):
     first = name.split("/")[0]
     if first == "Kex" or name.startswith("host/sdk/"):
         return "sdk"
-    return first if first in ALLOWED else None
+    # <filesystem> is the standard library's, "filesystem/…" is ours.
+    return first if first in ALLOWED and "/" in name else None
 
 
 def include_faults(layer, is_header, lines):
