@@ -42,4 +42,7 @@ public:
 /// The reader for any file that the image library knows, with the fast path for OpenEXR files in front of it.
 std::unique_ptr<ImageReader> createImageReader();
 
+/// The names of the formats that it reads, separated by ", ", for people.
+std::string readableFormats();
+
 }  // namespace Corvel

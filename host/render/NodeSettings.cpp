@@ -1,0 +1,175 @@
+#include "host/render/NodeSettings.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+#include "Kex/Image/LUT.h"
+#include "host/render/Curves.h"
+#include "host/render/Failure.h"
+#include "host/render/KnobValue.h"
+#include "host/render/MovieStart.h"
+#include "host/render/PictureNode.h"
+#include "host/render/SettingsText.h"
+#include "timecode/FrameRate.h"
+
+namespace Corvel {
+namespace {
+
+using Kex::Image::Write;
+
+constexpr const char* codecKnob = "codec";
+constexpr const char* settingsKnob = "settings";
+constexpr const char* rateKnob = "fps";
+constexpr const char* useAspectKnob = "use_format_aspect";
+constexpr const char* writeTimecodeKnob = "writeTimeCode";
+constexpr const char* dialogKnob = "advanced";
+
+constexpr const char* timecodeKey = "input/timecode";
+constexpr const char* reelKey = "quicktime/reel";
+constexpr const char* rateKey = "input/frame_rate";
+
+double knobNumber(const Write& node, const char* name) {
+    const Kex::Image::Knob* const knob = node.knob(name);
+    return knob == nullptr ? 0 : knob->get_value();
+}
+
+bool isGiven(const RenderRequest& request, const std::string& knob) {
+    return std::any_of(request.knobs.begin(), request.knobs.end(),
+                       [&](const KnobSetting& setting) { return setting.knob == knob; });
+}
+
+template <typename Wanted>
+void applyThose(Write& node, const RenderRequest& request, Wanted wanted) {
+    for (const KnobSetting& setting : request.knobs) {
+        if (wanted(setting.knob)) {
+            applyKnob(node, setting.knob, setting.text);
+        }
+    }
+}
+
+void checkRate(double rate) {
+    if (!(rate > 0) || rate > 10000) {
+        throw Failure(
+            Exit::Usage,
+            fmt::format("{} frames a second are no frame rate; it is above 0 and at most 10000", rate));
+    }
+}
+
+void applyInputRate(Write& node, const RenderRequest& request, const RenderPlan& plan) {
+    const auto rate = plan.metadata.find(rateKey);
+    if (rate != plan.metadata.end() && !isGiven(request, rateKnob)) {
+        applyKnob(node, rateKnob, rate->second);
+    }
+}
+
+// The time code as the movie's first frame has it, written as the track will have it.
+void settleTimecode(const Write& node, const RenderRequest& request, RenderPlan& plan) {
+    const auto entry = plan.metadata.find(timecodeKey);
+    if (entry == plan.metadata.end() || knobNumber(node, writeTimecodeKnob) == 0) {
+        return;
+    }
+    const auto rate = Morvane::Timecode::toFrameRateCode(static_cast<float>(knobNumber(node, rateKnob)));
+    const std::string fault = timecodeFault(entry->second, rate);
+    if (!fault.empty()) {
+        if (!request.timecode.empty()) {
+            throw Failure(Exit::Usage, fault);
+        }
+        spdlog::warn("the input's time code is left out: {}", fault);
+        plan.metadata.erase(entry);
+        return;
+    }
+    if (isDropFrame(entry->second) && rate.hasFlag()) {
+        spdlog::warn("the time code {} is written as drop-frame; it will be read as non-drop", entry->second);
+    }
+    if (plan.timecodeLead != 0) {
+        entry->second = timecodeBefore(entry->second, rate, plan.timecodeLead);
+    }
+}
+
+void addTimecode(SettingsText& settings, const Write& node, const RenderPlan& plan) {
+    const auto timecode = plan.metadata.find(timecodeKey);
+    if (timecode == plan.metadata.end() || knobNumber(node, writeTimecodeKnob) == 0) {
+        return;
+    }
+    const auto rate = Morvane::Timecode::toFrameRateCode(static_cast<float>(knobNumber(node, rateKnob)));
+    settings.add("timecode", timecodeBefore(timecode->second, rate, 0));
+    if (const auto reel = plan.metadata.find(reelKey); reel != plan.metadata.end()) {
+        settings.add("reel", reel->second);
+    }
+}
+
+void addToSettings(Write& node, const RenderRequest& request, const RenderPlan& plan) {
+    const Kex::Image::Knob* const knob = node.knob(settingsKnob);
+    SettingsText settings(knob == nullptr ? "" : knob->get_text());
+    if (knobNumber(node, useAspectKnob) != 0) {
+        settings.add("aspect", aspectFraction(plan.format.pixelAspect()));
+    }
+    if (request.threads != 0) {
+        settings.add("threads", fmt::format("{}", request.threads));
+    }
+    // "colour" stands for primaries, transfer and matrix together.
+    if (plan.lut != nullptr && !settings.has("colour") && !transferOf(*plan.lut).empty()) {
+        settings.add("transfer", transferOf(*plan.lut));
+    }
+    addTimecode(settings, node, plan);
+    for (const auto& [key, value] : request.metadata) {
+        if (plan.metadata.count(key) == 0) {
+            settings.add("meta." + key, value);
+        }
+    }
+    if (knob != nullptr && settings.text() != knob->get_text()) {
+        applyKnob(node, settingsKnob, settings.text());
+    }
+}
+
+Kex::Image::MetaData::Bundle bundleOf(const Metadata& metadata) {
+    Kex::Image::MetaData::Bundle bundle;
+    for (const auto& [key, value] : metadata) {
+        bundle.setData(key, value);
+    }
+    return bundle;
+}
+
+}  // namespace
+
+void applySettings(Write& node, PictureNode& picture, const RenderRequest& request, RenderPlan& plan) {
+    const auto isCodec = [](const std::string& knob) { return knob == codecKnob; };
+    const auto isSettings = [](const std::string& knob) { return knob == settingsKnob; };
+    applyThose(node, request, isCodec);
+    applyThose(node, request, [&](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
+    applyInputRate(node, request, plan);
+    applyThose(node, request, isSettings);
+    if (!request.timecode.empty()) {
+        applyKnob(node, writeTimecodeKnob, "on");
+    }
+    if (request.advanced) {
+        applyKnob(node, dialogKnob, "");
+    }
+    checkRate(knobNumber(node, rateKnob));
+    settleTimecode(node, request, plan);
+    picture.setMetaData(bundleOf(plan.metadata));
+    addToSettings(node, request, plan);
+}
+
+std::string aspectFraction(double aspect) {
+    // Continued fraction, until single precision can't tell the difference.
+    std::int64_t lastNumerator = 1, lastDenominator = 0;
+    std::int64_t numerator = std::llround(std::floor(aspect)), denominator = 1;
+    double rest = aspect - std::floor(aspect);
+    while (std::abs(static_cast<double>(numerator) / static_cast<double>(denominator) - aspect) >
+           1e-6 * aspect) {
+        const double inverse = 1 / rest;
+        const std::int64_t whole = std::llround(std::floor(inverse));
+        lastNumerator = std::exchange(numerator, whole * numerator + lastNumerator);
+        lastDenominator = std::exchange(denominator, whole * denominator + lastDenominator);
+        rest = inverse - std::floor(inverse);
+    }
+    return fmt::format("{}/{}", numerator, denominator);
+}
+
+}  // namespace Corvel

@@ -1,0 +1,50 @@
+#include "host/render/PictureNode.h"
+
+#include <algorithm>
+
+namespace Corvel {
+
+using Kex::Image::Channel;
+
+void PictureNode::get(int y, int x, int r, Kex::Image::ChannelSet channels, Kex::Image::Row& row) {
+    for (int channel = Kex::Image::Chan_Red; channel <= Kex::Image::Chan_Alpha; ++channel) {
+        if (channels.contains(static_cast<Channel>(channel))) {
+            getChannel(y, x, r, static_cast<Channel>(channel), row);
+        }
+    }
+}
+
+void PictureNode::getChannel(int y, int x, int r, Channel channel, Kex::Image::Row& row) const {
+    const bool inside = picture != nullptr && y >= 0 && y < picture->height();
+    const int begin = inside ? std::clamp(0, x, r) : x;
+    const int end = inside ? std::clamp(picture->width(), begin, r) : x;
+    const bool opaque = inside && channel == Kex::Image::Chan_Alpha && !picture->hasAlpha();
+    // The picture's rows count from the top, a node's from the bottom.
+    const float* const samples =
+        inside && !opaque ? picture->row(channel - Kex::Image::Chan_Red, picture->height() - 1 - y) : nullptr;
+    if (samples != nullptr && begin == x && end == r) {
+        row.refer(channel, samples + x);
+        return;
+    }
+    float* const own = row.writable(channel);
+    std::fill(own, own + (begin - x), 0.0F);
+    if (opaque) {
+        std::fill(own + (begin - x), own + (end - x), 1.0F);
+    } else if (samples != nullptr) {
+        std::copy(samples + begin, samples + end, own + (begin - x));
+    }
+    std::fill(own + (end - x), own + (r - x), 0.0F);
+}
+
+Kex::Image::MetaData::Bundle PictureNode::fetchMetaData(const char* key) const {
+    if (key == nullptr || *key == '\0') {
+        return metaData;
+    }
+    Kex::Image::MetaData::Bundle one;
+    if (const Kex::Image::MetaData::Property* const property = metaData.getData(key)) {
+        one.setData(key, *property);
+    }
+    return one;
+}
+
+}  // namespace Corvel

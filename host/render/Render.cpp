@@ -1,0 +1,183 @@
+#include "host/render/Render.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <chrono>
+#include <optional>
+#include <thread>
+
+#include "Kex/Image/Writer.h"
+#include "filesystem/FileSystem.h"
+#include "host/render/DryRun.h"
+#include "host/render/NodeHost.h"
+#include "host/render/NodeSettings.h"
+#include "host/render/OutputGuard.h"
+#include "host/render/RateMeter.h"
+#include "host/render/ReadAhead.h"
+#include "host/render/RenderPlan.h"
+
+namespace Corvel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Pictures and the readers' own memory, whatever the length of the render.
+constexpr std::size_t readAheadBytes = std::size_t{512} << 20;
+
+/// One render after everything has been settled: the loop over the frames and the end of the movie.
+class RenderRun {
+public:
+    RenderRun(const RenderRequest& request, const RenderPlan& plan, NodeHost& host, Reporter& reporter)
+        : request(request), plan(plan), host(host), reporter(reporter) {}
+
+    Exit run();
+
+private:
+    Exit writeFrames();
+    Exit writeFrame(const ReadAhead::Frame& frame);
+    bool hasRightSize(const ReadAhead::Frame& frame) const;
+    std::string finishMovie(Exit& outcome);
+    void tell(int frame, double fraction, bool frameDone);
+
+    const RenderRequest& request;
+    const RenderPlan& plan;
+    NodeHost& host;
+    Reporter& reporter;
+    std::string temporary;
+    int written = 0;          // frames
+    std::uint64_t bytes = 0;  // of the movie, when the last frame was done
+    const Clock::time_point start = Clock::now();
+    RateMeter rate{start};
+};
+
+Exit RenderRun::run() {
+    reporter.start(
+        {static_cast<int>(plan.frames.size()), plan.format.width(), plan.format.height(), request.output});
+    temporary = host.node().writer()->createFileHash();
+    host.helper().setPartialFile(temporary);
+    Exit outcome = writeFrames();
+    std::string kept;
+    if (written > 0) {
+        kept = finishMovie(outcome);
+    } else {
+        Morvane::FileSystem::remove(temporary);
+    }
+    host.helper().expectEnd();
+    if (outcome != Exit::Done && kept.empty()) {
+        spdlog::error("no movie was written");
+    } else if (outcome != Exit::Done) {
+        spdlog::error("the movie so far, {} of {} frames, is in {}", written, plan.frames.size(), kept);
+    }
+    reporter.end({.exit = static_cast<int>(outcome),
+                  .output = kept,
+                  .frames = written,
+                  .bytes = Morvane::FileSystem::fileSize(kept),
+                  .seconds = std::chrono::duration<double>(Clock::now() - start).count()});
+    return outcome;
+}
+
+Exit RenderRun::writeFrames() {
+    const unsigned threads =
+        request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1u);
+    // Reading a file takes as much scratch memory as its picture.
+    const std::size_t pictureBytes = 2 * Picture::bytes(plan.picture.width, plan.picture.height, 4);
+    ReadAhead frames(*plan.source, plan.frames, ReadAhead::limitsFor(threads, pictureBytes, readAheadBytes));
+    try {
+        while (const auto frame = frames.next()) {
+            if (host.helper().interrupts().count() > 0) {
+                break;
+            }
+            if (const Exit outcome = writeFrame(*frame); outcome != Exit::Done) {
+                return outcome;
+            }
+        }
+    } catch (const UnreadableImage& error) {
+        spdlog::error("{} (frame {})", error.what(), plan.frames[static_cast<std::size_t>(written)].number);
+        return Exit::InputUnreadable;
+    }
+    return written == static_cast<int>(plan.frames.size()) ? Exit::Done : Exit::Interrupted;
+}
+
+bool RenderRun::hasRightSize(const ReadAhead::Frame& frame) const {
+    if (frame.picture == nullptr ||
+        (frame.picture->width() == plan.picture.width && frame.picture->height() == plan.picture.height)) {
+        return true;
+    }
+    spdlog::error("frame {} ({}) has {} x {} pixels, not {} x {} as the first frame", frame.planned.number,
+                  plan.source->nameOf(*frame.planned.source), frame.picture->width(), frame.picture->height(),
+                  plan.picture.width, plan.picture.height);
+    return false;
+}
+
+Exit RenderRun::writeFrame(const ReadAhead::Frame& frame) {
+    const int number = frame.planned.number;
+    if (!hasRightSize(frame)) {
+        return Exit::InputUnreadable;
+    }
+    host.helper().setActivity(fmt::format("writing frame {}", number));
+    host.onFrameFraction([this, number](double fraction) { tell(number, fraction, false); });
+    host.picture().show(frame.picture);
+    host.node().execute(number);
+    if (host.node().failed()) {
+        spdlog::error("frame {} was not written", number);
+        return Exit::NodeFailed;
+    }
+    ++written;
+    rate.add(Clock::now());
+    tell(number, 0, true);
+    host.helper().setActivity("waiting for a frame");
+    return Exit::Done;
+}
+
+std::string RenderRun::finishMovie(Exit& outcome) {
+    try {
+        OutputGuard guard(request.output, request.overwrite);
+        guard.setAside();
+        host.helper().setActivity("finishing the movie");
+        host.node().clearFailure();
+        host.node().finish();
+        if (host.node().failed() && outcome == Exit::Done) {
+            outcome = Exit::NodeFailed;
+        }
+        return guard.settle(outcome == Exit::Done);
+    } catch (const Failure& failure) {
+        spdlog::error(failure.what());
+        outcome = outcome == Exit::Done ? failure.code : outcome;
+        return Morvane::FileSystem::exists(temporary) ? temporary : "";
+    }
+}
+
+void RenderRun::tell(int frame, double fraction, bool frameDone) {
+    const int total = static_cast<int>(plan.frames.size());
+    bytes = frameDone ? Morvane::FileSystem::fileSize(temporary) : bytes;
+    reporter.progress({.frame = frame,
+                       .done = written,
+                       .total = total,
+                       .fraction = fraction,
+                       .fps = rate.framesPerSecond(),
+                       .secondsLeft = rate.secondsFor(total - written),
+                       .bytes = bytes},
+                      frameDone);
+}
+
+}  // namespace
+
+Exit render(const RenderRequest& request, Reporter& reporter) {
+    RenderPlan plan = planRender(request);
+    NodeHost host(request.output, plan.format, plan.depth, reporter);
+    if (plan.lut != nullptr) {
+        host.node().setLut(plan.lut);
+    }
+    host.helper().setActivity("setting up");
+    applySettings(host.node(), host.picture(), request, plan);
+    if (request.dryRun) {
+        fmt::print("{}", dryRunText(request, plan, host.node()));
+        reporter.end({});
+        return Exit::Done;
+    }
+    return RenderRun(request, plan, host, reporter).run();
+}
+
+}  // namespace Corvel

@@ -1,0 +1,108 @@
+#include "host/render/RenderPlan.h"
+
+#include <fmt/format.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+
+#include "Kex/Image/LUT.h"
+#include "host/images/ImageSequence.h"
+#include "host/render/Curves.h"
+#include "host/render/Failure.h"
+
+namespace Corvel {
+namespace {
+
+void checkOutput(const std::string& output, bool overwrite) {
+    std::error_code error;
+    const std::filesystem::path path(output);
+    const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+    if (!std::filesystem::is_directory(folder, error)) {
+        throw Failure(Exit::Usage,
+                      fmt::format("cannot write {}: there is no folder {}", output, folder.string()));
+    }
+    if (access(folder.c_str(), W_OK | X_OK) != 0) {
+        throw Failure(Exit::Usage, fmt::format("cannot write {}: the folder {} can't be written: {}", output,
+                                               folder.string(), std::strerror(errno)));
+    }
+    if (std::filesystem::is_directory(path, error)) {
+        throw Failure(Exit::Usage, fmt::format("cannot write {}: it is a folder", output));
+    }
+    if (std::filesystem::exists(std::filesystem::symlink_status(path, error)) && !overwrite) {
+        throw Failure(Exit::Usage, fmt::format("{} exists already; -y replaces it", output));
+    }
+}
+
+Kex::Image::Format formatOf(const PictureHeader& header, const std::optional<FormatRequest>& wanted) {
+    Kex::Image::Format format(header.display.width, header.display.height, header.pixelAspect);
+    if (wanted) {
+        format = {wanted->width, wanted->height, wanted->pixelAspect.value_or(header.pixelAspect)};
+    }
+    if (frameBytes(format) > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
+        throw Failure(Exit::InputUnreadable,
+                      fmt::format("a picture of {} x {} pixels takes more than 2 GiB as floats",
+                                  format.width(), format.height()));
+    }
+    return format;
+}
+
+// The first frame of the movie that is a frame of the input.
+std::size_t firstRealFrame(const std::vector<PlannedFrame>& frames) {
+    const auto real = std::find_if(frames.begin(), frames.end(),
+                                   [](const PlannedFrame& frame) { return frame.source == frame.number; });
+    return static_cast<std::size_t>(real - frames.begin());
+}
+
+// Keys of the host's own, such as "input/timecode"; the others travel in the codec settings.
+bool isNodeKey(const std::string& key) {
+    return key.rfind("input/", 0) == 0 || key.rfind("quicktime/", 0) == 0;
+}
+
+void addRequested(const RenderRequest& request, RenderPlan& plan) {
+    for (const auto& [key, value] : request.metadata) {
+        if (isNodeKey(key)) {
+            plan.metadata[key] = value;
+        }
+    }
+    if (!request.timecode.empty()) {
+        plan.metadata["input/timecode"] = request.timecode;
+        plan.timecodeLead = 0;
+    }
+    if (!request.reel.empty()) {
+        plan.metadata["quicktime/reel"] = request.reel;
+    }
+}
+
+}  // namespace
+
+std::uint64_t frameBytes(const Kex::Image::Format& format) {
+    return std::uint64_t{16} * static_cast<std::uint64_t>(format.width()) *
+           static_cast<std::uint64_t>(format.height());
+}
+
+RenderPlan planRender(const RenderRequest& request) {
+    RenderPlan plan;
+    plan.lut = request.lut.empty() ? nullptr : curveNamed(request.lut);
+    const Kex::Image::LUT* const inputCurve =
+        request.inputLut.empty() ? nullptr : curveNamed(request.inputLut);
+    checkOutput(request.output, request.overwrite || request.dryRun);
+    plan.source = std::make_unique<ImageSequence>(request.input, inputCurve);
+    plan.frames = planFrames(*plan.source, request.frames, request.missing);
+
+    const std::size_t first = firstRealFrame(plan.frames);
+    const PictureHeader header = plan.source->header(plan.frames[first].number);
+    plan.picture = {0, 0, header.display.width, header.display.height};
+    plan.format = formatOf(header, request.format);
+    plan.depth = request.channels.value_or(header.hasAlpha ? 4 : 3);
+    plan.metadata = header.metadata;
+    plan.timecodeLead = static_cast<int>(first);
+    addRequested(request, plan);
+    return plan;
+}
+
+}  // namespace Corvel

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "Kex/Image/Format.h"
+#include "host/images/FrameSource.h"
+#include "host/render/FramePlan.h"
+#include "host/render/RenderRequest.h"
+
+namespace Kex::Image {
+class LUT;
+}
+
+namespace Corvel {
+
+/// Everything about a render that can be settled without the Write node.
+struct RenderPlan {
+    std::unique_ptr<FrameSource> source;
+    std::vector<PlannedFrame> frames;      ///< at least one
+    Window picture;                        ///< size that every frame must have
+    Kex::Image::Format format;             ///< of the movie
+    int depth = 3;                         ///< channels
+    const Kex::Image::LUT* lut = nullptr;  ///< null for the writer's own
+    Metadata metadata;                     ///< of the movie, as files and the person say
+    /// Frames of the movie before the one whose header gave the time code; that one is not the first where
+    /// the first ones are missing.
+    int timecodeLead = 0;
+};
+
+/// Looks at the input and the output as far as that is possible without reading pixels. Throws Failure,
+/// NoSuchInput and UnreadableImage.
+RenderPlan planRender(const RenderRequest& request);
+
+/// Bytes that one frame takes between host and helper.
+std::uint64_t frameBytes(const Kex::Image::Format& format);
+
+}  // namespace Corvel
