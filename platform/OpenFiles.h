@@ -5,8 +5,8 @@
 
 namespace Morvane::Platform {
 
-/// The paths of the files that the calling process has open, in no order; descriptors without a path are left out.
-/// Any thread.
+/// The paths of the files that the calling process has open, in no order; descriptors without a path are left
+/// out. Any thread.
 std::vector<std::string> openFilePaths();
 
 }  // namespace Morvane::Platform

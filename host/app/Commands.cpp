@@ -1,0 +1,14 @@
+#include "host/app/Command.h"
+
+namespace Corvel {
+
+std::vector<std::unique_ptr<Command>> allCommands() {
+    std::vector<std::unique_ptr<Command>> commands;
+    commands.push_back(renderCommand());
+    commands.push_back(codecsCommand());
+    commands.push_back(knobsCommand());
+    commands.push_back(doctorCommand());
+    return commands;
+}
+
+}  // namespace Corvel

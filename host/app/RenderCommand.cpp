@@ -1,0 +1,216 @@
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <cstdio>
+#include <optional>
+
+#include "host/app/Command.h"
+#include "host/app/KnobOptions.h"
+#include "host/app/StartUp.h"
+#include "host/images/FrameRange.h"
+#include "host/render/Curves.h"
+#include "host/render/Log.h"
+#include "host/render/Render.h"
+
+namespace Corvel {
+namespace {
+
+constexpr const char* footer =
+    "Examples:\n"
+    "  corvel render 'shot.####.exr' -o shot.mov\n"
+    "  corvel render shot.%04d.exr -o shot.mov --codec 'prores 4444' --frames 1001-1100\n"
+    "  corvel render 'shot.####.png' -o shot.mov --codec h.264 --quality high --fps 23.976 --audio mix.wav\n"
+    "  corvel render 'shot.####.dpx' -o shot.mov --codec apch --timecode 01:00:00:00 --reel A001\n"
+    "\n"
+    "A pattern holds the frame number as %04d or as one # or @ a digit; quote it, so that the shell leaves "
+    "it alone.\n"
+    "Ctrl-C once lets the running frame end and keeps the movie so far; twice gives up the frame; three "
+    "times gives up\n"
+    "everything at once.\n"
+    "\n"
+    "Exit codes: 0 done, 1 the Write node reported an error, 2 usage, 3 an input is missing or unreadable, 4 "
+    "the\n"
+    "QuickTime helper is missing or died, 130 interrupted.";
+
+// "1920x1080" or "720x576:1.0667"; an aspect may be a fraction, "720x576:16/15".
+FormatRequest parseFormat(const std::string& text) {
+    FormatRequest format;
+    double aspect = 0, divisor = 1;
+    int end = 0;
+    const auto all = [&] { return end == static_cast<int>(text.size()); };
+    const char* const chars = text.c_str();
+    bool good = std::sscanf(chars, "%dx%d%n", &format.width, &format.height, &end) == 2 && all();
+    if (!good &&
+        ((std::sscanf(chars, "%dx%d:%lf%n", &format.width, &format.height, &aspect, &end) == 3 && all()) ||
+         (std::sscanf(chars, "%dx%d:%lf/%lf%n", &format.width, &format.height, &aspect, &divisor, &end) ==
+              4 &&
+          all()))) {
+        format.pixelAspect = aspect / divisor;
+        good = *format.pixelAspect >= 0.01 && *format.pixelAspect <= 100;
+    }
+    if (!good || format.width < 1 || format.height < 1 || format.width > 65536 || format.height > 65536) {
+        throw CLI::ValidationError("--format", fmt::format("\"{}\" is not of the form WIDTHxHEIGHT or "
+                                                           "WIDTHxHEIGHT:PIXELASPECT",
+                                                           text));
+    }
+    return format;
+}
+
+std::vector<int> parseFrames(const std::string& text) {
+    try {
+        return parseFrameRange(text);
+    } catch (const BadFrameRange& error) {
+        throw CLI::ValidationError("--frames", error.what());
+    }
+}
+
+std::pair<std::string, std::string> parsePair(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0) {
+        throw CLI::ValidationError("--metadata", fmt::format("\"{}\" is not of the form KEY=VALUE", text));
+    }
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+class RenderCommand : public Command {
+public:
+    std::string name() const override { return "render"; }
+    std::string summary() const override { return "Write frames to a QuickTime movie"; }
+    void declare(CLI::App& app) override;
+    Exit run(Session& session) override;
+
+private:
+    void declareFiles(CLI::App& app);
+    void declareFrames(CLI::App& app);
+    void declarePicture(CLI::App& app);
+    void declareMetadata(CLI::App& app);
+    void declareRunning(CLI::App& app);
+
+    RenderRequest request;
+    std::optional<ProgressStyle> progress;
+};
+
+void RenderCommand::declare(CLI::App& app) {
+    declareFiles(app);
+    declareFrames(app);
+    declareKnobOptions(app, request.knobs);
+    app.add_flag("--advanced", request.advanced,
+                 "Show the codec's own settings dialog first, once all other settings are made")
+        ->group("Codec");
+    declarePicture(app);
+    declareMetadata(app);
+    declareRunning(app);
+    app.footer(footer);
+}
+
+void RenderCommand::declareFiles(CLI::App& app) {
+    app.add_option("INPUT", request.input, "Image sequence (shot.####.exr, shot.%04d.exr) or one still")
+        ->required()
+        ->type_name("");
+    app.add_option("-o,--output", request.output, "The movie to write; its name ends in .mov")
+        ->required()
+        ->type_name("OUTPUT.mov");
+    app.add_flag("-y,--overwrite", request.overwrite,
+                 "Replace an existing movie, once the new one is whole (default: refuse)");
+}
+
+void RenderCommand::declareFrames(CLI::App& app) {
+    app.add_option_function<std::string>(
+           "--frames", [this](const std::string& text) { request.frames = parseFrames(text); },
+           "Frames to render: 1001-1100, 1-99x2, 1,5,10-20 (default: all from the first to the last found)")
+        ->type_name("RANGE")
+        ->group("Frames");
+    const std::map<std::string, Missing> names{
+        {"error", Missing::Error}, {"black", Missing::Black}, {"hold", Missing::Hold}};
+    app.add_option("--missing", request.missing,
+                   "What to do about missing frames: error, black, or hold the frame before (default: error)")
+        ->transform(CLI::CheckedTransformer(names, CLI::ignore_case).description(""))
+        ->type_name("WHAT")
+        ->group("Frames");
+}
+
+void RenderCommand::declarePicture(CLI::App& app) {
+    constexpr const char* group = "Picture";
+    const std::map<std::string, int> channels{{"rgb", 3}, {"rgba", 4}};
+    app.add_option("--channels", request.channels, "rgb or rgba (default: what the input has)")
+        ->transform(CLI::CheckedTransformer(channels, CLI::ignore_case).description(""))
+        ->type_name("WHICH")
+        ->group(group);
+    app.add_option_function<std::string>(
+           "--format", [this](const std::string& text) { request.format = parseFormat(text); },
+           "Size and pixel aspect of the movie; pictures keep their lower left corner (default: the first "
+           "frame's)")
+        ->type_name("WxH[:ASPECT]")
+        ->group(group);
+    const std::string curves = curveNames();
+    app.add_option("--lut", request.lut,
+                   fmt::format("Curve of the movie's values: {} (default: srgb)", curves))
+        ->type_name("NAME")
+        ->group(group);
+    app.add_option(
+           "--input-lut", request.inputLut,
+           "Curve of the input's values (default: what the files say, else linear for floats, srgb for "
+           "integers)")
+        ->type_name("NAME")
+        ->group(group);
+}
+
+void RenderCommand::declareMetadata(CLI::App& app) {
+    constexpr const char* group = "Time code and metadata";
+    app.add_option("--timecode", request.timecode,
+                   "Time code of the first frame; turns the time-code track on (default: the input's)")
+        ->type_name("HH:MM:SS:FF")
+        ->group(group);
+    app.add_option("--reel", request.reel, "Reel name of the time-code track (default: the input's)")
+        ->type_name("NAME")
+        ->group(group);
+    app.add_option_function<std::vector<std::string>>(
+           "--metadata",
+           [this](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts) {
+                   request.metadata.push_back(parsePair(text));
+               }
+           },
+           "Metadata of the movie, such as title=Opening; may be given several times")
+        ->type_name("KEY=VALUE")
+        ->allow_extra_args(false)
+        ->group(group);
+}
+
+void RenderCommand::declareRunning(CLI::App& app) {
+    constexpr const char* group = "Running";
+    app.add_flag("-n,--dry-run", request.dryRun, "Check everything, say what would be done, write nothing")
+        ->group(group);
+    app.add_option("--threads", request.threads, "Threads that read and encode (default: one a processor)")
+        ->check(CLI::Range(1, 256).description(""))
+        ->type_name("N")
+        ->group(group);
+    const std::map<std::string, ProgressStyle> styles{{"bar", ProgressStyle::Bar},
+                                                      {"plain", ProgressStyle::Plain},
+                                                      {"json", ProgressStyle::Json},
+                                                      {"none", ProgressStyle::None}};
+    app.add_option("--progress", progress,
+                   "How to show progress on standard error: bar, plain, json or none (default: bar on a "
+                   "terminal, else "
+                   "plain)")
+        ->transform(CLI::CheckedTransformer(styles, CLI::ignore_case).description(""))
+        ->type_name("STYLE")
+        ->group(group);
+}
+
+Exit RenderCommand::run(Session& session) {
+    const ProgressStyle standard = session.console.isTerminal() ? ProgressStyle::Bar : ProgressStyle::Plain;
+    session.reporter = createReporter(progress.value_or(standard), session.console);
+    logTo(session.reporter.get());
+    checkKnobFiles(request.knobs);
+    startUp();
+    return render(request, *session.reporter);
+}
+
+}  // namespace
+
+std::unique_ptr<Command> renderCommand() {
+    return std::make_unique<RenderCommand>();
+}
+
+}  // namespace Corvel
