@@ -1,5 +1,6 @@
 #include "worker/app/ModeTable.h"
 
+#include "worker/output/VideoOutputMode.h"
 #include "worker/read/ReadMode.h"
 #include "worker/write/WriteMode.h"
 
@@ -15,6 +16,7 @@ struct Entry {
 constexpr Entry modes[] = {
     {"write", []() -> std::unique_ptr<Mode> { return std::make_unique<WriteMode>(); }},
     {"read", []() -> std::unique_ptr<Mode> { return std::make_unique<ReadMode>(); }},
+    {"videooutput", []() -> std::unique_ptr<Mode> { return std::make_unique<VideoOutputMode>(); }},
 };
 
 }  // namespace

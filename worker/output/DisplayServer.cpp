@@ -1,6 +1,7 @@
 #include "worker/output/DisplayServer.h"
 
 #include <dlfcn.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <csetjmp>
@@ -21,6 +22,12 @@ int leaveTheCall(void* /*connection*/) {
     if (wayOut)
         std::longjmp(*wayOut, 1);
     return 0;
+}
+
+/// The end of the process must not come near the lost connection either: the libraries' own clean-up would
+/// wait for ever for a lock that the jump left behind.
+void endWithoutLibraries() {
+    std::atexit([] { _exit(EXIT_SUCCESS); });
 }
 
 }  // namespace
@@ -54,7 +61,8 @@ void DisplayServer::call(const std::function<void()>& body) {
         return;
     }
     wayOut = nullptr;
-    lost = true;
+    if (!lost.exchange(true))
+        endWithoutLibraries();
     throw StatusError(Status::InputOutput, "the display server has gone");
 }
 

@@ -57,6 +57,8 @@ SdlLibrary::SdlLibrary() {
     load(library, "SDL_RenderPresent", renderPresent);
     load(library, "SDL_PollEvent", pollEvent);
     setHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");  // SIGTERM ends the worker, it is no wish to close the window
+    // Real displays only: otherwise the library makes one up where it can reach none.
+    setHint(SDL_HINT_VIDEODRIVER, "x11,wayland,cocoa");
     setHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
 }
 

@@ -73,8 +73,12 @@ void WindowPort::create(int display, Presentation presentation, const char* titl
     const bool fullScreen = presentation == Presentation::FullScreen;
     const Uint32 flags =
         SDL_WINDOW_ALLOW_HIGHDPI | (fullScreen ? SDL_WINDOW_FULLSCREEN_DESKTOP : SDL_WINDOW_RESIZABLE);
-    const int position = static_cast<int>(SDL_WINDOWPOS_CENTERED_DISPLAY(static_cast<unsigned>(display)));
-    window = sdl.createWindow(title, position, position, mode.width, mode.height, flags);
+    const auto centred = static_cast<int>(SDL_WINDOWPOS_CENTERED_DISPLAY(static_cast<unsigned>(display)));
+    SDL_Rect place = {centred, centred, mode.width, mode.height};
+    // Where no window manager would do it, the window itself has to be as large as the screen.
+    if (fullScreen && sdl.getDisplayBounds(display, &place) != 0)
+        return;
+    window = sdl.createWindow(title, place.x, place.y, place.w, place.h, flags);
     if (!window || !createRenderer())
         return;
     // Bytes in the order red, green, blue, alpha, like the floats, so that conversion need not reorder them.
