@@ -9,7 +9,8 @@ namespace Morvane::Worker {
 /// it.
 ///
 /// After a loss the libraries' state is beyond repair and nothing of them is touched again: every later
-/// `call` throws at once. A new worker process can use a new server.
+/// `call` throws at once, and when the process ends it leaves without the libraries' own clean-up. A new
+/// worker process can use a new server.
 class DisplayServer {
 public:
     /// Whether the environment names a display server. Loads nothing and connects to nothing.
