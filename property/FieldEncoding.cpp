@@ -42,8 +42,14 @@ std::string joinFields(const std::vector<std::string>& fields, const std::string
 
 std::deque<std::string> splitFields(const std::string& text, const std::string& separator) {
     using Separator = boost::escaped_list_separator<char>;
-    const boost::tokenizer<Separator> fields(text, Separator(escapeString, separator, quoteString));
-    return {fields.begin(), fields.end()};
+    std::deque<std::string> fields;
+    // One field after the other: two iterators before a last, empty field compare equal, so a range is cut
+    // short.
+    for (const std::string& field :
+         boost::tokenizer<Separator>(text, {escapeString, separator, quoteString})) {
+        fields.push_back(field);
+    }
+    return fields;
 }
 
 std::int32_t parseOpcode(const std::string& request) {

@@ -69,6 +69,14 @@ TEST(SplitFields, GivesAnEmptyFieldAfterATrailingSeparator) {
     EXPECT_EQ(splitFields("a::b"), (Fields{"a", "", "b"}));
 }
 
+TEST(SplitFields, GivesAnEmptyFieldAfterATrailingSeparatorOfAnyNumberOfFields) {
+    for (std::size_t count = 1; count < 200; ++count) {
+        // Leaves memory behind in which a field that is never made would show.
+        { const Fields stale(count + 1, "stale"); }
+        EXPECT_EQ(splitFields(std::string(count, ':')), Fields(count + 1)) << count;
+    }
+}
+
 TEST(SplitFields, DropsQuotesAndKeepsSeparatorsBetweenThem) {
     EXPECT_EQ(splitFields(R"(ab"c:d"e)"), Fields{"abc:de"});
     EXPECT_EQ(splitFields(R"("a:b":c)"), (Fields{"a:b", "c"}));
