@@ -55,9 +55,8 @@ NetworkPort::NetworkPort(const OutputMode& mode, const NetworkAddress& address,
       plan(planFor(mode)),
       converter(plan),
       converted(av_frame_alloc()),
-      shown(av_frame_alloc()),
-      packet(av_packet_alloc()) {
-    if (!converted || !shown || !packet)
+      prepared(av_frame_alloc()) {
+    if (!converted || !prepared)
         throw StatusError(Status::NoMemory, "cannot open the network device: not enough memory");
     openEncoder();
     openStream(serviceName);
@@ -131,32 +130,46 @@ void NetworkPort::convert(const float* rgba, std::uint8_t* picture) {
     converter.convert(rgba, *converted);
 }
 
-void NetworkPort::show(const std::uint8_t* picture, std::int64_t frame) {
+void NetworkPort::prepare(const std::uint8_t* picture, std::int64_t frame) {
     // The library's frames know no constant pictures; the encoder only reads.
-    describe(*shown, const_cast<std::uint8_t*>(picture));
-    shown->pts = frame;
-    encode(shown.get());
+    describe(*prepared, const_cast<std::uint8_t*>(picture));
+    prepared->pts = frame;
+    encode(prepared.get());
+}
+
+void NetworkPort::show(const std::uint8_t* /*picture*/) {
+    sendEncoded();
 }
 
 void NetworkPort::finish() {
     encode(nullptr);
+    sendEncoded();
     check(av_write_trailer(stream.get()));
 }
 
 void NetworkPort::encode(const AVFrame* frame) {
     check(avcodec_send_frame(encoder.get(), frame));
     for (;;) {
+        Packet packet(av_packet_alloc());
+        if (!packet)
+            throw StatusError(Status::NoMemory, "cannot send to the network device: not enough memory");
         const int result = avcodec_receive_packet(encoder.get(), packet.get());
         if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
             return;
         check(result);
-        AVStream& video = *stream->streams[0];
-        packet->duration = 1;
-        av_packet_rescale_ts(packet.get(), encoder->time_base, video.time_base);
-        packet->stream_index = video.index;
-        check(av_write_frame(stream.get(), packet.get()));
-        av_packet_unref(packet.get());
+        encoded.push_back(std::move(packet));
     }
+}
+
+void NetworkPort::sendEncoded() {
+    AVStream& video = *stream->streams[0];
+    for (const Packet& packet : encoded) {
+        packet->duration = 1;
+        packet->stream_index = video.index;
+        av_packet_rescale_ts(packet.get(), encoder->time_base, video.time_base);
+        check(av_write_frame(stream.get(), packet.get()));
+    }
+    encoded.clear();
 }
 
 void NetworkPort::check(int result) const {

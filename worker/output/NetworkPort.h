@@ -7,6 +7,7 @@ extern "C" {
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "worker/output/NetworkAddress.h"
 #include "worker/output/OutputDevice.h"
@@ -27,7 +28,9 @@ public:
 
     std::size_t pictureBytes() const override;
     void convert(const float* rgba, std::uint8_t* picture) override;
-    void show(const std::uint8_t* picture, std::int64_t frame) override;
+    /// Encodes, so that `show` only sends and frames leave as evenly as the clock runs.
+    void prepare(const std::uint8_t* picture, std::int64_t frame) override;
+    void show(const std::uint8_t* picture) override;
     void finish() override;
 
 private:
@@ -43,10 +46,12 @@ private:
     struct FreePacket {
         void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     };
+    using Packet = std::unique_ptr<AVPacket, FreePacket>;
 
     void openEncoder();
     void openStream(const std::string& serviceName);
     void encode(const AVFrame* frame);
+    void sendEncoded();
     void check(int result) const;
     void describe(AVFrame& frame, std::uint8_t* memory) const;
 
@@ -55,8 +60,8 @@ private:
     EncodingPlan plan;
     PictureConverter converter;
     std::unique_ptr<AVFrame, FreeFrame> converted;  ///< the request thread's view of a picture
-    std::unique_ptr<AVFrame, FreeFrame> shown;      ///< the presentation thread's
-    std::unique_ptr<AVPacket, FreePacket> packet;
+    std::unique_ptr<AVFrame, FreeFrame> prepared;   ///< the presentation thread's
+    std::vector<Packet> encoded;                    ///< not sent yet
     std::unique_ptr<AVCodecContext, FreeEncoder> encoder;
     std::unique_ptr<AVFormatContext, FreeStream> stream;
 };

@@ -27,9 +27,14 @@ public:
     /// another picture. Throws StatusError.
     virtual void convert(const float* rgba, std::uint8_t* picture) = 0;
 
-    /// Shows a converted picture now. `frame` is its number from the start of the mode; numbers rise, dropped
-    /// frames leave gaps. Presentation thread. Throws StatusError when the device has gone.
-    virtual void show(const std::uint8_t* picture, std::int64_t frame) = 0;
+    /// Does what can be done for a picture ahead of its time, so that `show` takes little. `frame` is its
+    /// number from the start of the mode; numbers rise, dropped frames leave gaps. What is prepared is shown
+    /// next, or never. Presentation thread. Throws StatusError.
+    virtual void prepare(const std::uint8_t* /*picture*/, std::int64_t /*frame*/) {}
+
+    /// Shows the picture that was prepared, now. Presentation thread. Throws StatusError when the device has
+    /// gone.
+    virtual void show(const std::uint8_t* picture) = 0;
 
     /// The next thing asked for since the last call, None when there is no more. Does not block. Presentation
     /// thread. Throws StatusError when the device has gone.

@@ -182,21 +182,21 @@ void Presenter::obey(PortEvent event) {
     }
 }
 
-/// One turn of the presentation: shows or drops the front frame if its time has come, else waits a little.
-/// False when all is shown and no more will come.
+/// One turn of the presentation: prepares or drops the front frame, shows it if its time has come, else waits
+/// a little. False when all is shown and no more will come.
 bool Presenter::presentNext(std::unique_lock<std::mutex>& lock) {
     const auto now = Pacer::Clock::now();
     if (queue.empty()) {
         if (finishing && isOver(now))
             return false;
         wait(lock, now + eventInterval);
+    } else if (!queue.front().prepared) {
+        prepareFront(lock);
     } else if (steps > 0) {
         --steps;
         showFront(lock);
     } else if (const auto due = timeOfFront(now); now < due) {
         wait(lock, due);
-    } else if (mustDrop(queue.front().number, now)) {
-        dropFront();
     } else {
         showFront(lock);
     }
@@ -221,11 +221,24 @@ Pacer::Clock::time_point Presenter::timeOfFront(Pacer::Clock::time_point now) {
     return pacer.due(queue.front().number);
 }
 
+/// From here on the frame is shown, however late it gets: what a port has prepared it may depend on.
+void Presenter::prepareFront(std::unique_lock<std::mutex>& lock) {
+    if (mustDrop(queue.front().number, Pacer::Clock::now())) {
+        dropFront();
+        return;
+    }
+    QueuedFrame& frame = queue.front();  // stays in its place, also while others are queued behind it
+    frame.prepared = true;
+    lock.unlock();
+    port->prepare(frame.picture.get(), frame.number);
+    lock.lock();
+}
+
 void Presenter::showFront(std::unique_lock<std::mutex>& lock) {
     QueuedFrame frame = std::move(queue.front());
     queue.pop_front();
     lock.unlock();
-    port->show(frame.picture.get(), frame.number);
+    port->show(frame.picture.get());
     lock.lock();
     ++counts_.shown;
     lastShown = Pacer::Clock::now();

@@ -80,6 +80,7 @@ private:
     struct QueuedFrame {
         std::int64_t number;
         Picture picture;
+        bool prepared = false;
     };
 
     void run(std::promise<void> opened);
@@ -90,6 +91,7 @@ private:
     bool presentNext(std::unique_lock<std::mutex>& lock);
     bool isOver(Pacer::Clock::time_point now) const;
     Pacer::Clock::time_point timeOfFront(Pacer::Clock::time_point now);
+    void prepareFront(std::unique_lock<std::mutex>& lock);
     void showFront(std::unique_lock<std::mutex>& lock);
     void dropFront();
     bool mustDrop(std::int64_t frame, Pacer::Clock::time_point now) const;

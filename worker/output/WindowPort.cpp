@@ -126,7 +126,7 @@ void WindowPort::convert(const float* rgba, std::uint8_t* picture) {
     floatsToBytes(rgba, pictureBytes(), picture);
 }
 
-void WindowPort::show(const std::uint8_t* picture, std::int64_t /*frame*/) {
+void WindowPort::show(const std::uint8_t* picture) {
     DisplayServer::call([&] {
         sdl.updateTexture(texture, nullptr, picture, mode.width * 4);
         draw();

@@ -22,7 +22,7 @@ public:
 
     std::size_t pictureBytes() const override;
     void convert(const float* rgba, std::uint8_t* picture) override;
-    void show(const std::uint8_t* picture, std::int64_t frame) override;
+    void show(const std::uint8_t* picture) override;
     PortEvent nextEvent() override;
 
 private:

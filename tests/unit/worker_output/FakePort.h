@@ -52,10 +52,21 @@ public:
         changed.wait(lock, [&] { return shown.size() >= count; });
     }
 
+    /// Blocks until `prepare` has been called `count` times.
+    void awaitPrepared(std::size_t count) {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return prepared.size() >= count; });
+    }
+
     /// Blocks until every event has been taken.
     void awaitNoEvents() {
         std::unique_lock lock(mutex);
         changed.wait(lock, [&] { return events.empty(); });
+    }
+
+    std::vector<std::int64_t> allPrepared() {
+        const std::lock_guard guard(mutex);
+        return prepared;
     }
 
     std::vector<Shown> allShown() {
@@ -68,6 +79,7 @@ public:
     std::deque<PortEvent> events;
     bool held = false;
     std::exception_ptr showFailure;
+    std::vector<std::int64_t> prepared;
     std::vector<Shown> shown;
     int finished = 0;
     int alive = 0;
@@ -95,11 +107,17 @@ public:
         *picture = static_cast<std::uint8_t>(rgba[0]);
     }
 
-    void show(const std::uint8_t* picture, std::int64_t frame) override {
+    void prepare(const std::uint8_t* /*picture*/, std::int64_t frame) override {
+        const std::lock_guard guard(control.mutex);
+        control.prepared.push_back(frame);
+        control.changed.notify_all();
+    }
+
+    void show(const std::uint8_t* picture) override {
         std::unique_lock lock(control.mutex);
         if (control.showFailure)
             std::rethrow_exception(control.showFailure);
-        control.shown.push_back({frame, *picture});
+        control.shown.push_back({control.prepared.back(), *picture});
         control.changed.notify_all();
         control.changed.wait(lock, [this] { return !control.held; });
     }

@@ -144,6 +144,19 @@ TEST_F(PresenterTest, AFrameIsNotShownBeforeItsTime) {
     EXPECT_EQ(control.allShown().size(), 1U);
 }
 
+TEST_F(PresenterTest, TheNextFrameIsPreparedAheadOfItsTimeAndNoOtherOne) {
+    Presenter sut(oneInAnHour, open(), showAll);
+    for (int frame = 0; frame < queueLength; ++frame)
+        submit(sut, frame);
+    control.awaitShows(1);
+
+    control.awaitPrepared(2);
+
+    std::this_thread::sleep_for(50ms);
+    EXPECT_EQ(control.allPrepared(), (std::vector<std::int64_t>{0, 1}));
+    EXPECT_EQ(control.allShown().size(), 1U);
+}
+
 TEST_F(PresenterTest, QueuedFramesWhoseTimeIsOverAreDroppedAndCounted) {
     control.holdShow();
     Presenter sut(fast, open(), dropLate);
