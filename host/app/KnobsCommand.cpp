@@ -32,7 +32,8 @@ public:
 
     Exit run(Session& session) override {
         startUp();
-        NodeHost host("knobs.mov", Kex::Image::Format(1920, 1080), 4, *session.reporter);
+        HelperSession helpers(0, *session.reporter);
+        NodeHost host("knobs.mov", Kex::Image::Format(1920, 1080), 4, helpers);
         Json list = Json::array();
         std::string text;
         for (const auto& knob : host.node().knobs()) {

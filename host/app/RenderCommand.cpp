@@ -21,6 +21,7 @@ constexpr const char* footer =
     "  corvel render shot.%04d.exr -o shot.mov --codec 'prores 4444' --frames 1001-1100\n"
     "  corvel render 'shot.####.png' -o shot.mov --codec h.264 --quality high --fps 23.976 --audio mix.wav\n"
     "  corvel render 'shot.####.dpx' -o shot.mov --codec apch --timecode 01:00:00:00 --reel A001\n"
+    "  corvel render shot.mov -o 'shot.####.exr' --frames 1-24\n"
     "\n"
     "A pattern holds the frame number as %04d or as one # or @ a digit; quote it, so that the shell leaves "
     "it alone.\n"
@@ -75,7 +76,7 @@ std::pair<std::string, std::string> parsePair(const std::string& text) {
 class RenderCommand : public Command {
 public:
     std::string name() const override { return "render"; }
-    std::string summary() const override { return "Write frames to a QuickTime movie"; }
+    std::string summary() const override { return "Write frames to a QuickTime movie, or a movie to images"; }
     void declare(CLI::App& app) override;
     Exit run(Session& session) override;
 
@@ -104,14 +105,17 @@ void RenderCommand::declare(CLI::App& app) {
 }
 
 void RenderCommand::declareFiles(CLI::App& app) {
-    app.add_option("INPUT", request.input, "Image sequence (shot.####.exr, shot.%04d.exr) or one still")
+    app.add_option("INPUT", request.input,
+                   "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie")
         ->required()
         ->type_name("");
-    app.add_option("-o,--output", request.output, "The movie to write; its name ends in .mov")
+    app.add_option("-o,--output", request.output,
+                   "The movie to write, whose name ends in .mov; or images (shot.####.exr; .dpx, .png, .tif)")
         ->required()
-        ->type_name("OUTPUT.mov");
-    app.add_flag("-y,--overwrite", request.overwrite,
-                 "Replace an existing movie, once the new one is whole (default: refuse)");
+        ->type_name("OUTPUT");
+    app.add_flag(
+        "-y,--overwrite", request.overwrite,
+        "Replace an existing movie, once the new one is whole, or existing images (default: refuse)");
 }
 
 void RenderCommand::declareFrames(CLI::App& app) {

@@ -22,9 +22,7 @@ constexpr std::chrono::milliseconds lastWords(200);
 }  // namespace
 
 HelperSession::HelperSession(std::uint64_t frameBytes, Reporter& reporter)
-    : reporter(reporter),
-      folder(frameBytes + answerBytes),
-      output([&reporter](const std::string& line) { reporter.helperLine(line); }) {
+    : reporter(reporter), folder(frameBytes + answerBytes) {
     watch.emplace([this](const auto& end) { helperDied(end); }, [this] { lookForGivingUp(); });
 }
 
@@ -35,15 +33,27 @@ HelperSession::~HelperSession() {
 void HelperSession::start(const std::function<void()>& startHelper) {
     try {
         const Interrupts::Ignored ignored;
-        output.capture(startHelper);
+        addOutput().capture(startHelper);
     } catch (const std::exception& error) {
         if (getpid() != process) {
             _exit(127);
         }
         watch->expectEnd();
-        output.drain(lastWords);
+        hearLastWords();
         throw Failure(Exit::HelperFailed,
                       fmt::format("the QuickTime helper can't be started: {}", error.what()));
+    }
+}
+
+HelperOutput& HelperSession::addOutput() {
+    const std::lock_guard lock(mutex);
+    return outputs.emplace_back([this](const std::string& line) { reporter.helperLine(line); });
+}
+
+void HelperSession::hearLastWords() {
+    const std::lock_guard lock(mutex);
+    for (HelperOutput& output : outputs) {
+        output.drain(lastWords);
     }
 }
 
@@ -58,7 +68,7 @@ void HelperSession::setPartialFile(const std::string& path) {
 }
 
 void HelperSession::helperDied(const Morvane::Platform::ProcessEnd& end) {
-    output.drain(lastWords);
+    hearLastWords();
     const std::string how = fmt::format("{} {}", end.signalled ? "signal" : "exit code", end.number);
     abandon(Exit::HelperFailed, fmt::format("the QuickTime helper died ({})", how));
 }

@@ -5,10 +5,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <list>
 #include <mutex>
 #include <optional>
 #include <string>
 
+#include "host/movies/HelperKeeper.h"
 #include "host/render/Failure.h"
 #include "host/render/HelperOutput.h"
 #include "host/render/HelperWatch.h"
@@ -18,38 +20,38 @@
 
 namespace Corvel {
 
-/// All that a helper process needs around it: the private folder of the shared memory, the watch over it, and
-/// somebody who listens to what it says. One a process at a time; made and destroyed on one thread. Whoever
-/// starts a helper inside of a session must have stopped it before the session ends.
+/// All that helper processes need around them: the private folder of the shared memory, the watch over them,
+/// and somebody who listens to what they say. One a process at a time; made and destroyed on one thread.
+/// Whoever starts a helper inside of a session must have stopped it before the session ends.
 ///
 /// A helper that dies while somebody waits for its answer leaves that thread waiting for ever. So the session
 /// itself ends the process then: it says what was being done, names the movie so far, removes what is shared,
 /// and leaves with exit code 4, no destructor run over the blocked thread. A third request to stop ends it
 /// likewise, with exit code 130.
-class HelperSession {
+class HelperSession : public HelperKeeper {
 public:
     /// `frameBytes` is what one frame takes between host and helper; 0 where no frames are sent.
     HelperSession(std::uint64_t frameBytes, Reporter& reporter);
-    ~HelperSession();
+    ~HelperSession() override;
 
-    /// Calls `startHelper`, which starts the helper and may wait for its first answers. Once only. Throws
-    /// Failure (HelperFailed) for whatever that throws. Does not return in the child of a helper that could
-    /// not be executed, which comes back into the host's code: that process ends at once, before it can touch
-    /// what is the parent's.
-    void start(const std::function<void()>& startHelper);
+    /// Calls `startHelper`, which starts a helper and may wait for its first answers. Throws Failure
+    /// (HelperFailed) for whatever that throws. Does not return in the child of a helper that could not be
+    /// executed, which comes back into the host's code: that process ends at once, before it can touch what
+    /// is the parent's.
+    void start(const std::function<void()>& startHelper) override;
 
-    /// What is being done, for the case that the helper dies: "writing frame 37". Any thread.
-    void setActivity(const std::string& newActivity);
+    void setActivity(const std::string& newActivity) override;
     /// The file that the movie is written to for now. Any thread.
     void setPartialFile(const std::string& path);
-    /// From now on the end of the helper is nothing to report.
-    void expectEnd() { watch->expectEnd(); }
+    void expectEnd() override { watch->expectEnd(); }
 
     const Interrupts& interrupts() const { return interrupts_; }
 
 private:
     void helperDied(const Morvane::Platform::ProcessEnd& end);
     void lookForGivingUp();
+    HelperOutput& addOutput();
+    void hearLastWords();
     [[noreturn]] void abandon(Exit code, const std::string& sentence);
 
     const pid_t process = getpid();
@@ -59,7 +61,7 @@ private:
     std::string partialFile;
     PrivateFolder folder;
     Interrupts interrupts_;
-    HelperOutput output;
+    std::list<HelperOutput> outputs;  // one a helper
     std::optional<HelperWatch> watch;
 };
 

@@ -29,8 +29,9 @@ const std::string& checkedExtension(const std::string& path) {
 
 }  // namespace
 
-NodeHost::NodeHost(const std::string& output, const Kex::Image::Format& format, int depth, Reporter& reporter)
-    : helper_(frameBytes(format), reporter),
+NodeHost::NodeHost(const std::string& output, const Kex::Image::Format& format, int depth,
+                   HelperSession& session)
+    : helper_(session),
       picture_(*this),
       node_(std::make_unique<Kex::Image::Write>(static_cast<Application&>(*this), checkedExtension(output))) {
     node_->setInput(0, &picture_);

@@ -12,8 +12,8 @@
 namespace Corvel {
 
 /// The application that a Write node runs in: makes the node and what it reads, passes its messages on to the
-/// log, and runs its helper in a session of its own. One a process at a time; one thread, the one that made
-/// it.
+/// log, and starts its helper. One thread, the one that made it.
+
 class NodeHost : private Kex::Image::Application {
 public:
     /// Called within a frame: how much of it is done, 0 to 1.
@@ -21,7 +21,7 @@ public:
 
     /// Makes the node for that output and starts the helper. Throws Failure: Usage when no plug-in writes
     /// such files, HelperFailed when the helper can't be started.
-    NodeHost(const std::string& output, const Kex::Image::Format& format, int depth, Reporter& reporter);
+    NodeHost(const std::string& output, const Kex::Image::Format& format, int depth, HelperSession& session);
     /// Stops the helper and waits for it.
     ~NodeHost() noexcept override;
 
@@ -40,7 +40,7 @@ private:
     bool aborted(const Kex::Image::Op& op) override;
 
     FrameFraction fraction;
-    HelperSession helper_;
+    HelperSession& helper_;
     PictureNode picture_;
     std::unique_ptr<Kex::Image::Write> node_;
 };

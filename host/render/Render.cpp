@@ -10,12 +10,15 @@
 
 #include "Kex/Image/Writer.h"
 #include "filesystem/FileSystem.h"
+#include "host/images/ImageSequence.h"
+#include "host/movies/MovieSource.h"
 #include "host/render/DryRun.h"
 #include "host/render/NodeHost.h"
 #include "host/render/NodeSettings.h"
 #include "host/render/OutputGuard.h"
 #include "host/render/RateMeter.h"
 #include "host/render/ReadAhead.h"
+#include "host/render/RenderImages.h"
 #include "host/render/RenderPlan.h"
 
 namespace Corvel {
@@ -23,8 +26,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Pictures and the readers' own memory, whatever the length of the render.
-constexpr std::size_t readAheadBytes = std::size_t{512} << 20;
+// The size of a movie's frames isn't known before a helper has opened it.
+constexpr std::uint64_t roomForAnyFrame = std::uint64_t{1} << 30;
 
 /// One render after everything has been settled: the loop over the frames and the end of the movie.
 class RenderRun {
@@ -79,11 +82,7 @@ Exit RenderRun::run() {
 }
 
 Exit RenderRun::writeFrames() {
-    const unsigned threads =
-        request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1u);
-    // Reading a file takes as much scratch memory as its picture.
-    const std::size_t pictureBytes = 2 * Picture::bytes(plan.picture.width, plan.picture.height, 4);
-    ReadAhead frames(*plan.source, plan.frames, ReadAhead::limitsFor(threads, pictureBytes, readAheadBytes));
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan));
     try {
         while (const auto frame = frames.next()) {
             if (host.helper().interrupts().count() > 0) {
@@ -165,8 +164,24 @@ void RenderRun::tell(int frame, double fraction, bool frameDone) {
 }  // namespace
 
 Exit render(const RenderRequest& request, Reporter& reporter) {
-    RenderPlan plan = planRender(request);
-    NodeHost host(request.output, plan.format, plan.depth, reporter);
+    const bool fromMovie = isMovieName(request.input);
+    std::unique_ptr<HelperSession> helpers;
+    if (fromMovie) {
+        helpers = std::make_unique<HelperSession>(roomForAnyFrame, reporter);
+    }
+    RenderPlan plan = planRender(request, [&](const Kex::Image::LUT* curve) -> std::unique_ptr<FrameSource> {
+        if (fromMovie) {
+            return std::make_unique<MovieSource>(request.input, curve, *helpers);
+        }
+        return std::make_unique<ImageSequence>(request.input, curve);
+    });
+    if (!helpers) {
+        helpers = std::make_unique<HelperSession>(frameBytes(plan.format), reporter);
+    }
+    if (writesImages(request.output)) {
+        return renderImages(request, plan, helpers->interrupts(), reporter);
+    }
+    NodeHost host(request.output, plan.format, plan.depth, *helpers);
     if (plan.lut != nullptr) {
         host.node().setLut(plan.lut);
     }

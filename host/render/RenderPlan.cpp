@@ -9,14 +9,19 @@
 #include <cstring>
 #include <filesystem>
 #include <limits>
+#include <thread>
 
 #include "Kex/Image/LUT.h"
-#include "host/images/ImageSequence.h"
+#include "host/images/ImageWriter.h"
+#include "host/images/SequencePattern.h"
 #include "host/render/Curves.h"
 #include "host/render/Failure.h"
 
 namespace Corvel {
 namespace {
+
+// Pictures and the readers' own memory, whatever the length of the render.
+constexpr std::size_t readAheadBytes = std::size_t{512} << 20;
 
 void checkOutput(const std::string& output, bool overwrite) {
     std::error_code error;
@@ -33,7 +38,12 @@ void checkOutput(const std::string& output, bool overwrite) {
     if (std::filesystem::is_directory(path, error)) {
         throw Failure(Exit::Usage, fmt::format("cannot write {}: it is a folder", output));
     }
-    if (std::filesystem::exists(std::filesystem::symlink_status(path, error)) && !overwrite) {
+    if (const auto images = SequencePattern::parse(output)) {
+        if (const std::map<int, std::string> files = images->findFiles(); !files.empty() && !overwrite) {
+            throw Failure(Exit::Usage,
+                          fmt::format("{} exists already; -y replaces it", files.begin()->second));
+        }
+    } else if (std::filesystem::exists(std::filesystem::symlink_status(path, error)) && !overwrite) {
         throw Failure(Exit::Usage, fmt::format("{} exists already; -y replaces it", output));
     }
 }
@@ -85,13 +95,21 @@ std::uint64_t frameBytes(const Kex::Image::Format& format) {
            static_cast<std::uint64_t>(format.height());
 }
 
-RenderPlan planRender(const RenderRequest& request) {
+ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan& plan) {
+    const unsigned threads =
+        request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1u);
+    // Reading a file takes as much scratch memory as its picture.
+    const std::size_t pictureBytes = 2 * Picture::bytes(plan.picture.width, plan.picture.height, 4);
+    return ReadAhead::limitsFor(std::min(threads, plan.source->mostReaders()), pictureBytes, readAheadBytes);
+}
+
+RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) {
     RenderPlan plan;
     plan.lut = request.lut.empty() ? nullptr : curveNamed(request.lut);
     const Kex::Image::LUT* const inputCurve =
         request.inputLut.empty() ? nullptr : curveNamed(request.inputLut);
     checkOutput(request.output, request.overwrite || request.dryRun);
-    plan.source = std::make_unique<ImageSequence>(request.input, inputCurve);
+    plan.source = openInput(inputCurve);
     plan.frames = planFrames(*plan.source, request.frames, request.missing);
 
     const std::size_t first = firstRealFrame(plan.frames);

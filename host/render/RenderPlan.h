@@ -1,12 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "Kex/Image/Format.h"
 #include "host/images/FrameSource.h"
 #include "host/render/FramePlan.h"
+#include "host/render/ReadAhead.h"
 #include "host/render/RenderRequest.h"
 
 namespace Kex::Image {
@@ -29,9 +31,15 @@ struct RenderPlan {
     int timecodeLead = 0;
 };
 
-/// Looks at the input and the output as far as that is possible without reading pixels. Throws Failure,
-/// NoSuchInput and UnreadableImage.
-RenderPlan planRender(const RenderRequest& request);
+/// Opens the input; `curve` is what its values mean, null for its own statement.
+using OpenInput = std::function<std::unique_ptr<FrameSource>(const Kex::Image::LUT* curve)>;
+
+/// Looks at the input and the output as far as that is possible without reading pixels; opens the input once
+/// the rest of the request has turned out well. Throws Failure, NoSuchInput and UnreadableImage.
+RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput);
+
+/// How far the frames of the plan are read ahead.
+ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan& plan);
 
 /// Bytes that one frame takes between host and helper.
 std::uint64_t frameBytes(const Kex::Image::Format& format);

@@ -1,0 +1,120 @@
+#include "host/movies/MovieSource.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cmath>
+#include <filesystem>
+#include <numeric>
+
+#include "Kex/Image/LUT.h"
+#include "host/images/PlacePixels.h"
+#include "host/movies/RunningTimecode.h"
+#include "host/render/Failure.h"
+
+namespace Corvel {
+namespace {
+
+using Kex::Image::LUT;
+
+constexpr int srgb = 6;
+
+// The header of one frame: that of the first with its own time code.
+PictureHeader headerOfFrame(PictureHeader header, const MovieFacts& facts, int number) {
+    const auto timecode = header.metadata.find("input/timecode");
+    if (timecode != header.metadata.end()) {
+        const int nominalRate = static_cast<int>(std::ceil(facts.rate - 0.01));
+        timecode->second = timecodeAfter(timecode->second, number - 1, nominalRate);
+    }
+    return header;
+}
+
+class MovieFrames : public FrameReader {
+public:
+    MovieFrames(MovieReader& source, const PictureHeader& all, const LUT& meaning)
+        : movie(source), header(all), curve(meaning) {}
+
+    PictureHeader read(int number, Picture& picture) override {
+        const MovieFacts& facts = movie.facts();
+        samples.resize(static_cast<std::size_t>(facts.width) * static_cast<std::size_t>(facts.height) * 4);
+        movie.readFrame(number - 1, samples.data());
+        const InterleavedPixels pixels{
+            .samples = samples.data(),
+            .window = header.data,
+            .channels = 4,
+            .layout = {0, 1, 2, header.hasAlpha ? 3 : -1},
+            .straightAlpha = facts.text("quicktime/alpha") == "straight",
+            .curve = curve,
+        };
+        picture.reset(facts.width, facts.height, header.hasAlpha ? 4 : 3);
+        placePixels(pixels, header.display, picture);
+        return headerOfFrame(header, facts, number);
+    }
+
+private:
+    MovieReader& movie;
+    const PictureHeader& header;
+    const LUT& curve;
+    std::vector<float> samples;  // RGBA as the movie stores it
+};
+
+PictureHeader headerOf(const MovieFacts& facts, const LUT& curve) {
+    PictureHeader header;
+    header.display = {0, 0, facts.width, facts.height};
+    header.data = header.display;
+    header.pixelAspect = facts.pixelAspect();
+    header.hasAlpha = facts.channels == 4;
+    header.bits = facts.bits;
+    header.curve = curve.name();
+    for (const char* key : {"input/timecode", "quicktime/reel"}) {
+        if (const std::string text = facts.text(key); !text.empty()) {
+            header.metadata[key] = text;
+        }
+    }
+    header.metadata["input/frame_rate"] = fmt::format("{:.6g}", facts.rate);
+    return header;
+}
+
+}  // namespace
+
+bool isMovieName(const std::string& path) {
+    std::string ending = std::filesystem::path(path).extension().string();
+    std::transform(ending.begin(), ending.end(), ending.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    constexpr std::array movieEndings{".mov", ".qt",   ".mp4", ".m4v",  ".mxf", ".mkv",  ".avi",
+                                      ".mpg", ".mpeg", ".mts", ".m2ts", ".ts",  ".webm", ".dv"};
+    return std::find(movieEndings.begin(), movieEndings.end(), ending) != movieEndings.end();
+}
+
+MovieSource::MovieSource(const std::string& path, const LUT* meaning, HelperKeeper& keeper)
+    : movie(std::make_unique<MovieReader>(path, MovieReader::Purpose::Frames, keeper)),
+      curve(meaning ? *meaning : *LUT::getLut(srgb)),
+      header_(headerOf(movie->facts(), curve)),
+      numbers(static_cast<std::size_t>(std::max(movie->facts().frames, 0))) {
+    if (numbers.empty()) {
+        throw Failure(Exit::InputUnreadable, fmt::format("the movie {} has no frames", path));
+    }
+    std::iota(numbers.begin(), numbers.end(), 1);
+}
+
+MovieSource::~MovieSource() = default;
+
+std::string MovieSource::nameOf(int number) const {
+    return fmt::format("frame {} of {}", number, movie->path());
+}
+
+PictureHeader MovieSource::header(int number) const {
+    if (!has(number)) {
+        throw UnreadableImage(
+            fmt::format("{} has {} frames and so no frame {}", movie->path(), numbers.size(), number));
+    }
+    return headerOfFrame(header_, movie->facts(), number);
+}
+
+std::unique_ptr<FrameReader> MovieSource::createReader() const {
+    return std::make_unique<MovieFrames>(*movie, header_, curve);
+}
+
+}  // namespace Corvel

@@ -1,0 +1,217 @@
+#include "host/render/RenderImages.h"
+
+#include <fmt/format.h>
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdlib>
+#include <deque>
+#include <future>
+#include <optional>
+#include <thread>
+
+#include "filesystem/FileSystem.h"
+#include "host/images/ImageWriter.h"
+#include "host/images/SequencePattern.h"
+#include "host/movies/RunningTimecode.h"
+#include "host/render/RateMeter.h"
+
+namespace Corvel {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// A frame that is being written, with a picture of its own.
+struct Writing {
+    int frame;
+    std::string path;
+    std::future<void> done;
+};
+
+class ImageRun {
+public:
+    ImageRun(const RenderRequest& renderRequest, const RenderPlan& renderPlan, const Interrupts& asked,
+             Reporter& listener)
+        : request(renderRequest),
+          plan(renderPlan),
+          interrupts(asked),
+          reporter(listener),
+          pattern(SequencePattern::parse(request.output)),
+          writers(request.threads != 0 ? request.threads
+                                       : std::max(std::thread::hardware_concurrency(), 1u)) {}
+
+    Exit run();
+
+private:
+    void writeFrames();
+    void write(const ReadAhead::Frame& frame);
+    PictureHeader headerOf(const ReadAhead::Frame& frame) const;
+    void finishOldest();
+
+    const RenderRequest& request;
+    const RenderPlan& plan;
+    const Interrupts& interrupts;
+    Reporter& reporter;
+    const std::optional<SequencePattern> pattern;
+    const std::size_t writers;
+    std::deque<Writing> underWay;
+    int taken = 0;  // frames of the plan
+    int written = 0;
+    std::uint64_t bytes = 0;
+    const Clock::time_point start = Clock::now();
+    RateMeter rate{start};
+};
+
+Exit ImageRun::run() {
+    reporter.start(
+        {static_cast<int>(plan.frames.size()), plan.picture.width, plan.picture.height, request.output});
+    Exit outcome = Exit::Done;
+    try {
+        writeFrames();
+    } catch (const UnreadableImage& error) {
+        spdlog::error("{} (frame {})", error.what(), plan.frames[static_cast<std::size_t>(taken)].number);
+        outcome = Exit::InputUnreadable;
+    } catch (const UnwritableImage& error) {
+        spdlog::error(error.what());
+        outcome = Exit::NodeFailed;
+    }
+    // What has been begun is finished whatever happened to others.
+    while (!underWay.empty()) {
+        try {
+            finishOldest();
+        } catch (const UnwritableImage& error) {
+            spdlog::error(error.what());
+            outcome = Exit::NodeFailed;
+        }
+    }
+    const int total = static_cast<int>(plan.frames.size());
+    if (outcome == Exit::Done && written < total) {
+        outcome = Exit::Interrupted;
+    }
+    if (outcome != Exit::Done) {
+        spdlog::error("{} of {} frames were written", written, total);
+    }
+    reporter.end({.exit = static_cast<int>(outcome),
+                  .output = written > 0 ? request.output : "",
+                  .frames = written,
+                  .bytes = bytes,
+                  .seconds = std::chrono::duration<double>(Clock::now() - start).count()});
+    return outcome;
+}
+
+void ImageRun::writeFrames() {
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan));
+    while (interrupts.count() == 0) {
+        const auto frame = frames.next();
+        if (!frame) {
+            return;
+        }
+        write(*frame);
+        ++taken;
+    }
+}
+
+void ImageRun::write(const ReadAhead::Frame& frame) {
+    while (underWay.size() >= writers) {
+        finishOldest();
+    }
+    const int number = frame.planned.number;
+    const std::string path = pattern ? pattern->pathOf(number) : request.output;
+    // The picture is lent until the next frame only.
+    Picture picture;
+    picture.reset(plan.picture.width, plan.picture.height, plan.depth);
+    picture.clear();
+    for (int channel = 0; frame.picture != nullptr && channel < picture.channels(); ++channel) {
+        for (int y = 0; y < std::min(picture.height(), frame.picture->height()); ++y) {
+            float* to = picture.row(channel, y);
+            const std::size_t count =
+                static_cast<std::size_t>(std::min(picture.width(), frame.picture->width()));
+            if (channel < frame.picture->channels()) {
+                std::copy_n(frame.picture->row(channel, y), count, to);
+            } else {
+                std::fill_n(to, count, 1.0f);
+            }
+        }
+    }
+    underWay.push_back(
+        {number, path,
+         std::async(std::launch::async, [path, header = headerOf(frame), owned = std::move(picture)] {
+             writeImage(path, owned, header);
+         })});
+}
+
+PictureHeader ImageRun::headerOf(const ReadAhead::Frame& frame) const {
+    PictureHeader header = frame.header;
+    header.pixelAspect = plan.format.pixelAspect();
+    for (const auto& [key, value] : plan.metadata) {
+        header.metadata.emplace(key, value);
+    }
+    if (!request.timecode.empty()) {
+        const double fps = std::strtod(plan.metadata.count("input/frame_rate") != 0
+                                           ? plan.metadata.at("input/frame_rate").c_str()
+                                           : "24",
+                                       nullptr);
+        header.metadata["input/timecode"] =
+            timecodeAfter(request.timecode, taken, static_cast<int>(std::ceil(fps - 0.01)));
+    }
+    if (!request.reel.empty()) {
+        header.metadata["quicktime/reel"] = request.reel;
+    }
+    return header;
+}
+
+void ImageRun::finishOldest() {
+    Writing oldest = std::move(underWay.front());
+    underWay.pop_front();
+    oldest.done.get();
+    ++written;
+    bytes += Morvane::FileSystem::fileSize(oldest.path);
+    rate.add(Clock::now());
+    const int total = static_cast<int>(plan.frames.size());
+    reporter.progress({.frame = oldest.frame,
+                       .done = written,
+                       .total = total,
+                       .fraction = 0,
+                       .fps = rate.framesPerSecond(),
+                       .secondsLeft = rate.secondsFor(total - written),
+                       .bytes = bytes},
+                      true);
+}
+
+void checkOptions(const RenderRequest& request) {
+    if (!request.knobs.empty() || request.advanced) {
+        throw Failure(Exit::Usage, "images have no codec settings; leave the Write node's options out");
+    }
+    if (request.format || !request.lut.empty()) {
+        throw Failure(Exit::Usage,
+                      "images keep their size and their file format's own curve; leave --format and "
+                      "--lut out");
+    }
+}
+
+}  // namespace
+
+bool writesImages(const std::string& output) {
+    return isWritableImageName(output);
+}
+
+Exit renderImages(const RenderRequest& request, const RenderPlan& plan, const Interrupts& interrupts,
+                  Reporter& reporter) {
+    checkOptions(request);
+    if (!SequencePattern::parse(request.output) && plan.frames.size() > 1) {
+        throw Failure(Exit::Usage, fmt::format("{} names one image, but there are {} frames; name them "
+                                               "like shot.####.exr",
+                                               request.output, plan.frames.size()));
+    }
+    if (request.dryRun) {
+        fmt::print("would write {} frames of {} x {} pixels as {}\n", plan.frames.size(), plan.picture.width,
+                   plan.picture.height, request.output);
+        reporter.end({});
+        return Exit::Done;
+    }
+    return ImageRun(request, plan, interrupts, reporter).run();
+}
+
+}  // namespace Corvel
