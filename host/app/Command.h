@@ -38,6 +38,8 @@ std::unique_ptr<Command> codecsCommand();
 std::unique_ptr<Command> knobsCommand();
 std::unique_ptr<Command> infoCommand();
 std::unique_ptr<Command> doctorCommand();
+std::unique_ptr<Command> recoverCommand();
+std::unique_ptr<Command> conformanceCommand();
 
 /// Every command, in the order in which the help lists them.
 std::vector<std::unique_ptr<Command>> allCommands();

@@ -144,7 +144,8 @@ void applySettings(Write& node, PictureNode& picture, const RenderRequest& reque
     applyThose(node, request, [&](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
     applyInputRate(node, request, plan);
     applyThose(node, request, isSettings);
-    if (!request.timecode.empty()) {
+    const bool carried = plan.carriesTimecode && !isGiven(request, writeTimecodeKnob);
+    if (!request.timecode.empty() || carried) {
         applyKnob(node, writeTimecodeKnob, "on");
     }
     if (request.advanced) {

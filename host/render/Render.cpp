@@ -175,6 +175,7 @@ Exit render(const RenderRequest& request, Reporter& reporter) {
         }
         return std::make_unique<ImageSequence>(request.input, curve);
     });
+    plan.carriesTimecode = fromMovie && plan.metadata.count("input/timecode") != 0;
     if (!helpers) {
         helpers = std::make_unique<HelperSession>(frameBytes(plan.format), reporter);
     }
