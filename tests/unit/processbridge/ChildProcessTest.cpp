@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "processbridge/HostBundle.h"
+#include "tests/unit/processbridge/ForkRefusal.h"
 #include "tests/unit/processbridge/WaitGate.h"
 
 namespace {
@@ -225,6 +226,18 @@ void launchWithoutDescriptors() {
     std::string path = "/bin/true";
     std::vector<const char*> arguments;
     ChildProcess().launch(path, arguments, true);
+}
+
+void launchWithoutForks() {
+    Morvane::Testing::refuseToFork();
+    std::string path = "/bin/true";
+    std::vector<const char*> arguments;
+    ChildProcess().launch(path, arguments, false);
+}
+
+// Deliberate: the whole process ends.
+TEST(ChildProcessDeathTest, EndsTheProcessWhenItCannotFork) {
+    EXPECT_EXIT(launchWithoutForks(), testing::ExitedWithCode(1), "Could not fork for child: ");
 }
 
 TEST(ChildProcessDeathTest, AbortsWhenPipesCannotBeMade) {

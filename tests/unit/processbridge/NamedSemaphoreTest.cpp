@@ -117,6 +117,21 @@ TEST_F(NamedSemaphoreTest, GoesOnWaitingAfterASignal) {
     sigaction(SIGUSR1, &before, nullptr);
 }
 
+// Deliberate: the message is spelled like this, and the semaphore is unlinked all the same.
+TEST_F(NamedSemaphoreTest, IsUnlinkedEvenIfItCannotBeClosed) {
+    testing::internal::CaptureStderr();
+    {
+        const NamedSemaphore sut(name, true, 0);
+        // One process has one handle for a name: close it behind the object's back.
+        sem_t* const handle = sem_open(name.c_str(), 0);
+        sem_close(handle);
+        sem_close(handle);
+    }
+
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Could not close sempahore: Invalid argument\n");
+    EXPECT_FALSE(exists(name));
+}
+
 TEST_F(NamedSemaphoreDeathTest, AbortsWhereTheNameIsTaken) {
     const NamedSemaphore owner(name, true, 0);
 

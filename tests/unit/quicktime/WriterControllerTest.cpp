@@ -47,6 +47,13 @@ TEST_F(WriterController, EscapesWhatItSends) {
     EXPECT_EQ(sent(), Texts{R"(W00000000:"C:\\a \"b\".mov":-1)"});
 }
 
+// Deliberate: nothing protects a zero byte, so whoever calls sends none.
+TEST_F(WriterController, CutsARequestAtAZeroByte) {
+    sut->openFile(std::string("a\0b", 3), 1);
+
+    EXPECT_EQ(sent(), Texts{"W00000000:a"});
+}
+
 TEST_F(WriterController, FinishesTracks) {
     sut->finishVideo();
     sut->finishSamples();
