@@ -49,7 +49,7 @@ bool FrameDecoder::isIntraOnly() const {
 
 void FrameDecoder::startAt(std::size_t wanted) {
     avcodec_flush_buffers(decoder.get());
-    draining = false;
+    draining = atEnd = false;
     // What is shown before the key frame that decoding starts at needs frames that are not decoded now.
     firstTime = wanted == 0 ? std::numeric_limits<std::int64_t>::min() : index.packet(wanted).showingTime;
     if (goTo(wanted))
@@ -114,9 +114,10 @@ void FrameDecoder::drain() {
 
 /// Sends the next packet, or drains where there is none up to `lastPacket`.
 void FrameDecoder::feed(std::size_t lastPacket) {
-    if (nextPacket > lastPacket || nextPacket >= index.packetCount())
+    if (nextPacket > lastPacket)
         return drain();
-    if (!hasPacket && !input->readPacket(*packet))
+    atEnd = nextPacket >= index.packetCount() || (!hasPacket && !input->readPacket(*packet));
+    if (atEnd)
         return drain();
     hasPacket = false;
     // The decoder carries this number through to the frame, however it reorders.

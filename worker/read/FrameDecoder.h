@@ -22,7 +22,7 @@ struct DecodedFrame {
 /// frame that cannot be decoded just does not come. One thread at a time; libav decodes on threads of its own.
 class FrameDecoder {
 public:
-    /// `index` must be the file's and outlive the decoder. Throws StatusError: as MovieInput; CodecFailed where the
+    /// `frameIndex` must be the file's, not empty, and outlive the decoder. Throws StatusError: as MovieInput; CodecFailed where the
     /// codec is unknown or cannot be opened.
     FrameDecoder(SharedSource movie, const FrameIndex& frameIndex);
 
@@ -33,8 +33,8 @@ public:
     /// The packet that is decoded next.
     std::size_t position() const { return nextPacket; }
 
-    /// Whether no more packets go in until `startAt`.
-    bool isDraining() const { return draining; }
+    /// Whether `next` has stopped at a `lastPacket`, so that nothing after it comes until `startAt`.
+    bool hasStopped() const { return draining && !atEnd; }
 
     /// The next frame in showing order; nothing at the end of the movie. Where `lastPacket` is given, no packet after
     /// it is decoded, and nothing comes when all frames up to there have come. After nothing, only `startAt` goes on.
@@ -59,7 +59,8 @@ private:
     bool hasPacket = false;  ///< `packet` is the one at `nextPacket`, read already
     std::size_t nextPacket = 0;
     std::int64_t firstTime = 0;  ///< frames shown earlier are not whole
-    bool draining = false;
+    bool draining = false;  ///< nothing more goes in
+    bool atEnd = false;     ///< because the file has no more
 };
 
 }  // namespace Morvane::Worker

@@ -69,6 +69,7 @@ void FrameStore::follow(std::size_t number) {
     anchor = number;
     asked = true;
     ++questions;
+    decided = false;
     failure.reset();
     restartAt.reset();
 }
@@ -110,13 +111,17 @@ bool FrameStore::isAheadEnough() const {
     return ahead >= framesAhead || (ahead > 0 && ahead * bytesOf(*firstAhead->second) > budget / 2);
 }
 
-/// The packet to start anew from; nothing where decoding on leads to the wanted frame.
-std::optional<std::size_t> FrameStore::newStart() const {
-    if (restartAt || !isWantedMissing())
-        return restartAt;
+/// Decides, once for each question, where decoding leads to the wanted frame: the packet to start anew from; nothing
+/// where decoding on does. Afterwards only `giveUpIfMissing` starts anew, so that every question comes to an end.
+std::optional<std::size_t> FrameStore::takeNewStart() {
+    if (!isWantedMissing())
+        return std::nullopt;
+    if (decided)
+        return std::exchange(restartAt, std::nullopt);
+    decided = true;
     const std::size_t first = direction == Direction::Backward ? anchor - std::min(anchor, framesBehind) : anchor;
     const std::size_t start = index.startFor(first);
-    const bool goesIn = !decoder.isDraining() || decoder.position() > index.packetOfFrame(anchor);
+    const bool goesIn = !decoder.hasStopped() || decoder.position() > index.packetOfFrame(anchor);
     const bool comes = run.active && run.start <= index.startFor(anchor) && run.nextNumber <= anchor && goesIn;
     if (comes && start <= decoder.position() + shortestJump)
         return std::nullopt;
@@ -132,11 +137,9 @@ std::optional<std::size_t> FrameStore::lastPacketNeeded() const {
 }
 
 void FrameStore::decodeOne(std::unique_lock<std::mutex>& lock) {
-    const auto start = newStart();
-    if (start) {
+    const auto start = takeNewStart();
+    if (start)
         run = Run{true, *start, 0};
-        restartAt.reset();
-    }
     const auto lastPacket = lastPacketNeeded();
     const unsigned question = questions;
     lock.unlock();

@@ -22,7 +22,7 @@ namespace Morvane::Worker {
 /// One thread at a time asks.
 class FrameStore {
 public:
-    /// `frameIndex` must be the movie's and outlive the store. Throws as FrameDecoder.
+    /// `frameIndex` must be the movie's, not empty, and outlive the store. Throws as FrameDecoder.
     FrameStore(SharedSource movie, const FrameIndex& frameIndex, std::size_t budgetBytes = defaultBudget);
     ~FrameStore();
     FrameStore(const FrameStore&) = delete;
@@ -54,7 +54,7 @@ private:
     bool hasWork() const;
     bool isWantedMissing() const;
     bool isAheadEnough() const;
-    std::optional<std::size_t> newStart() const;
+    std::optional<std::size_t> takeNewStart();
     std::optional<std::size_t> lastPacketNeeded() const;
     void decodeOne(std::unique_lock<std::mutex>& lock);
     void keep(DecodedFrame decoded);
@@ -73,6 +73,7 @@ private:
     std::size_t anchor = 0;  ///< the frame that was asked for last
     bool asked = false;      ///< somebody waits for it
     unsigned questions = 0;  ///< how often somebody has asked
+    bool decided = false;    ///< where decoding leads to the anchor
     Direction direction = Direction::Forward;
     Run run;
     std::optional<StatusError> failure;  ///< why the anchor does not come

@@ -29,6 +29,8 @@ FormatPointer openFormat(const std::string& path, FileSource& file) {
     context->pb = file.context();
     context->io_open = refuseToOpen;
     AVDictionary* options = nullptr;
+    // Some demuxers open other files behind the context's back; no protocol is allowed to them.
+    av_dict_set(&options, "protocol_whitelist", "none", 0);
     // All of the file's own keys, also those that only a camera's maker knows.
     av_dict_set(&options, "export_all", "1", 0);
     // Frees the context itself when it fails.

@@ -15,7 +15,7 @@ MovieReader::MovieReader(const std::string& path, Access access)
       input(source),
       index(FrameIndex::ofMovie(source)),
       pictures(MovieDescription::of(input, index)) {
-    if (access == Access::DescriptionOnly)
+    if (access == Access::DescriptionOnly || pictures.frames == 0)
         return;
     // Controllers count a frame's bytes in 32 signed bits.
     if (pictures.frameBytes() > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()))
@@ -32,11 +32,11 @@ Property::PropertyList MovieReader::properties() const { return movieProperties(
 
 void MovieReader::decode(std::int64_t number) {
     const std::string frame = "frame " + std::to_string(number) + " of " + source->path;
-    if (store == nullptr)
-        throw StatusError(Status::BadArgument, "cannot read " + frame + ": it is open for its description only");
     if (number < 0 || number >= pictures.frames)
         throw StatusError(Status::BadArgument,
                           "there is no " + frame + ", which has " + std::to_string(pictures.frames));
+    if (store == nullptr)
+        throw StatusError(Status::BadArgument, "cannot read " + frame + ": it is open for its description only");
     if (source->hasChanged())
         throw StatusError(Status::InputOutput, "cannot read " + frame + ": the file has been written into");
     current = store->frame(static_cast<std::size_t>(number));
