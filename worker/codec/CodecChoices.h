@@ -54,7 +54,9 @@ inline constexpr CodecPicture jpeg2000Pictures[] = {{AV_PIX_FMT_RGB48LE, "rgb", 
                                                     {AV_PIX_FMT_RGB24, "rgb", 8},
                                                     {AV_PIX_FMT_RGBA, "rgb", 8, true}};
 inline constexpr CodecPicture cineFormPictures[] = {
-    {AV_PIX_FMT_GBRP12, "rgb", 12}, {AV_PIX_FMT_GBRAP12, "rgb", 12, true}, {AV_PIX_FMT_YUV422P10, "422", 10}};
+    {AV_PIX_FMT_GBRP12, "rgb", 12},
+    {AV_PIX_FMT_GBRAP12, "rgb", 12, true},
+    {.format = AV_PIX_FMT_YUV422P10, .chroma = "422", .bits = 10, .multipleOfWidth = 32}};
 inline constexpr CodecPicture dnxhrPictures[] = {{AV_PIX_FMT_YUV422P, "422", 8, false, "lb|sq|hq"},
                                                  {AV_PIX_FMT_YUV422P10, "422", 10, false, "hqx"},
                                                  {AV_PIX_FMT_YUV444P10, "444", 10, false, "444"},
@@ -140,12 +142,12 @@ inline constexpr CodecPicture hevcPictures[] = {
     {.format = AV_PIX_FMT_GBRP10, .chroma = "rgb", .bits = 10, .profiles = "main444-10", .onRequest = true},
     {.format = AV_PIX_FMT_GBRP12, .chroma = "rgb", .bits = 12, .profiles = "main444-12", .onRequest = true}};
 
-inline constexpr CodecProfile proRes422Profiles[] = {{"proxy", "profile=proxy", "apco"},
-                                                     {"lt", "profile=lt", "apcs"},
-                                                     {"standard", "profile=standard", "apcn"},
-                                                     {"hq", "profile=hq", "apch"}};
-inline constexpr CodecProfile proRes4444Profiles[] = {{"4444", "profile=4444", "ap4h"},
-                                                      {"4444xq", "profile=4444xq", "ap4x"}};
+inline constexpr CodecProfile proRes422Profiles[] = {{"proxy", "profile=0", "apco"},
+                                                     {"lt", "profile=1", "apcs"},
+                                                     {"standard", "profile=2", "apcn"},
+                                                     {"hq", "profile=3", "apch"}};
+inline constexpr CodecProfile proRes4444Profiles[] = {{"4444", "profile=4", "ap4h"},
+                                                      {"4444xq", "profile=5", "ap4x"}};
 inline constexpr CodecProfile dnxhrProfiles[] = {{"lb", "profile=dnxhr_lb", nullptr},
                                                  {"sq", "profile=dnxhr_sq", nullptr},
                                                  {"hq", "profile=dnxhr_hq", nullptr},

@@ -25,11 +25,26 @@ constexpr std::array<const char*, 6> mpegQuality = {"qscale=24", "qscale=12", "q
 constexpr std::array<const char*, 6> x264Quality = {"crf=34", "crf=28", "crf=23", "crf=18", "crf=12", "qp=0"};
 constexpr std::array<const char*, 6> x265Quality = {"crf=36", "crf=30", "crf=25",
                                                     "crf=20", "crf=13", "lossless=1"};
-constexpr std::array<const char*, 6> proResQuality = {"qscale=24", "qscale=16", "qscale=10",
-                                                      "qscale=6",  "qscale=4",  "qscale=1"};
+/// A fixed quantiser, but for Max: the profile's own data rate, for which the other encoder looks for the
+/// quantiser of each slice.
+constexpr std::array<const char*, 6> proResProxyQuality = {"qscale=48", "qscale=32", "qscale=20",
+                                                           "qscale=12", "qscale=6",  "qscale=1"};
+constexpr std::array<const char*, 6> proResLtQuality = {"qscale=40", "qscale=28",         "qscale=18",
+                                                        "qscale=12", "encoder=prores_aw", "qscale=1"};
+constexpr std::array<const char*, 6> proResQuality = {"qscale=32", "qscale=22",         "qscale=14",
+                                                      "qscale=9",  "encoder=prores_aw", "qscale=1"};
+constexpr std::array<const char*, 6> proResHqQuality = {"qscale=24", "qscale=16",         "qscale=11",
+                                                        "qscale=7",  "encoder=prores_aw", "qscale=1"};
+/// That encoder's alpha is a little off, so that these two always have a fixed quantiser.
+constexpr std::array<const char*, 6> proRes4444Quality = {"qscale=24", "qscale=16", "qscale=10",
+                                                          "qscale=6",  "qscale=3",  "qscale=1"};
+constexpr std::array<const char*, 6> proRes4444XqQuality = {"qscale=16", "qscale=10", "qscale=6",
+                                                            "qscale=4",  "qscale=2",  "qscale=1"};
 
 constexpr SizeRule anySize = {};
 constexpr SizeRule evenWidth = {.multipleOfWidth = 2};
+/// Lower pictures are encoded, but decoders share out the work by four rows and then do none of it.
+constexpr SizeRule evenWidthFrom4Rows = {.multipleOfWidth = 2, .minimumWidth = 2, .minimumHeight = 4};
 constexpr SizeRule multiplesOf4 = {
     .multipleOfWidth = 4, .multipleOfHeight = 4, .minimumWidth = 4, .minimumHeight = 4};
 
@@ -42,7 +57,8 @@ constexpr SizeRule::Size h263Only[] = {{128, 96}, {176, 144}, {352, 288}, {704, 
 constexpr SizeRule::Size dnxhdOnly[] = {{1920, 1080}, {1280, 720}};
 
 /// The six of the family differ in pictures, profile and type only.
-constexpr Codec proRes(const char* type, const char* name, const char* profile, bool alpha) {
+constexpr Codec proRes(const char* type, const char* name, const char* profile,
+                       std::array<const char*, 6> quality, bool alpha) {
     return {.type = type,
             .name = name,
             .encoder = "prores_ks",
@@ -52,7 +68,7 @@ constexpr Codec proRes(const char* type, const char* name, const char* profile, 
             .defaultBits = 10,
             .intraOnly = true,
             .lossless = Never,
-            .quality = proResQuality,
+            .quality = quality,
             .sizes = evenWidth,
             .sizeSentence = "even widths",
             .colour = Video,
@@ -239,6 +255,7 @@ const Codec rows[] = {
      .sizes = anySize,
      .sizeSentence = "any size",
      .colour = Rgb,
+     .encoderOptions = "compression_level=1:pred=avg",
      .options = pngOptions},
     {.type = "SVQ1",
      .name = "Sorenson Video",
@@ -249,8 +266,13 @@ const Codec rows[] = {
      .intraOnly = false,
      .lossless = Never,
      .quality = mpegQuality,
-     .sizes = {.maximum = 4095},
-     .sizeSentence = "up to 4095 x 4095",
+     // Elsewhere the encoder and decoders disagree about the last chroma samples.
+     .sizes = {.multipleOfWidth = 4,
+               .multipleOfHeight = 4,
+               .minimumWidth = 4,
+               .minimumHeight = 4,
+               .maximum = 4092},
+     .sizeSentence = "multiples of 4 up to 4092",
      .colour = OldVideo},
     {.type = "tiff",
      .name = "TIFF",
@@ -265,21 +287,21 @@ const Codec rows[] = {
      .sizeSentence = "any size",
      .colour = Rgb,
      .options = tiffOptions},
-    proRes("apco", "ProRes 422 Proxy", "proxy", false),
-    proRes("apcs", "ProRes 422 LT", "lt", false),
-    proRes("apcn", "ProRes 422", "standard", false),
-    proRes("apch", "ProRes 422 HQ", "hq", false),
-    proRes("ap4h", "ProRes 4444", "4444", true),
-    proRes("ap4x", "ProRes 4444 XQ", "4444xq", true),
+    proRes("apco", "ProRes 422 Proxy", "proxy", proResProxyQuality, false),
+    proRes("apcs", "ProRes 422 LT", "lt", proResLtQuality, false),
+    proRes("apcn", "ProRes 422", "standard", proResQuality, false),
+    proRes("apch", "ProRes 422 HQ", "hq", proResHqQuality, false),
+    proRes("ap4h", "ProRes 4444", "4444", proRes4444Quality, true),
+    proRes("ap4x", "ProRes 4444 XQ", "4444xq", proRes4444XqQuality, true),
     uncompressed("2vuy", "Uncompressed 8-bit 4:2:2", "rawvideo", packed422Bits8, 8, anySize, "any size",
                  Video),
-    uncompressed("v210", "Uncompressed 10-bit 4:2:2", "v210", ycbcr422Bits10, 10, evenWidth, "even widths",
-                 Video),
+    uncompressed("v210", "Uncompressed 10-bit 4:2:2", "v210", ycbcr422Bits10, 10, evenWidthFrom4Rows,
+                 "even widths, from 4 rows", Video),
     uncompressed("v308", "Uncompressed 8-bit 4:4:4", "v308", ycbcr444Bits8, 8, evenWidth, "even widths",
                  Video),
     uncompressed("v408", "Uncompressed 8-bit 4:4:4:4", "v408", ycbcr444Alpha8, 8, anySize, "any size", Video),
-    uncompressed("v410", "Uncompressed 10-bit 4:4:4", "v410", ycbcr444Bits10, 10, evenWidth, "even widths",
-                 Video),
+    uncompressed("v410", "Uncompressed 10-bit 4:4:4", "v410", ycbcr444Bits10, 10, evenWidthFrom4Rows,
+                 "even widths, from 4 rows", Video),
     uncompressed("b48r", "Uncompressed 16-bit RGB", "rawvideo", rgb16, 16, anySize, "any size", Rgb),
     uncompressed("b64a", "Uncompressed 16-bit ARGB", "rawvideo", argb16, 16, anySize, "any size", Rgb),
     uncompressed("r210", "Uncompressed 10-bit RGB", "r210", gbr10, 10, anySize, "any size", Rgb),
@@ -321,8 +343,9 @@ const Codec rows[] = {
      .intraOnly = true,
      .lossless = Never,
      .quality = {"quality=12", "quality=9", "quality=6", "quality=4", "quality=2", "quality=0"},
-     .sizes = {.multipleOfWidth = 16},
-     .sizeSentence = "widths that are multiples of 16",
+     // At other heights the last rows come back wrong.
+     .sizes = {.multipleOfWidth = 16, .multipleOfHeight = 8, .minimumWidth = 48, .minimumHeight = 32},
+     .sizeSentence = "multiples of 16 x 8 from 48 x 32, of 32 x 8 with bitdepth=10",
      .colour = Video},
     {.type = "mjp2",
      .name = "JPEG 2000",
@@ -334,8 +357,8 @@ const Codec rows[] = {
      .lossless = AtLosslessQuality,
      .quality = {"compression_level=80", "compression_level=40", "compression_level=20",
                  "compression_level=12", "compression_level=6", "compression_level=0"},
-     .sizes = {.minimumWidth = 17, .minimumHeight = 17},
-     .sizeSentence = "larger than 16 x 16",
+     .sizes = {.minimumWidth = 32, .minimumHeight = 32},
+     .sizeSentence = "from 32 x 32",
      .colour = Rgb},
     {.type = "hvc1",
      .name = "HEVC",

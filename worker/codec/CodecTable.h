@@ -91,8 +91,9 @@ struct Codec {
     int defaultBits;                         ///< 0: profile and quality decide
     bool intraOnly;  ///< every packet is a picture of its own and contexts can work side by side
     Lossless lossless;
-    /// The encoder options of each quality, 0 to 5, as libav option text; besides libav's names `qscale`
-    /// (the quantiser) and `profile`. Empty texts: quality makes no difference.
+    /// The encoder options of each quality, 0 to 5, as libav option text; besides libav's names `qscale` (the
+    /// quantiser), `profile` (one of the codec's) and `encoder` (in place of the codec's own). Empty texts:
+    /// quality makes no difference.
     std::array<const char*, 6> quality;
     SizeRule sizes;
     const char* sizeSentence;  ///< "even widths": what `sizes` and the default picture come to, for a person

@@ -69,6 +69,18 @@ bool takesSize(const SizeRule& rule, int width, int height) {
                                   codec.name, request.width, request.height, codec.sizeSentence));
 }
 
+/// Each field of an interlaced picture must have whole chroma samples of its own.
+void requireWholeFields(const EncodingRequest& request, const CodecPicture& picture) {
+    if (request.settings.fields == AV_FIELD_PROGRESSIVE)
+        return;
+    const int rows = std::string_view(picture.chroma) == "420" ? 4 : 2;
+    if (request.height % rows != 0)
+        throw StatusError(
+            Status::NotSupportedByCodec,
+            fmt::format("{} cannot store interlaced pictures of {} rows; it takes multiples of {}",
+                        request.settings.codec->name, request.height, rows));
+}
+
 bool saysHowGood(const CodecOption& option) {
     return option.encoderOption != nullptr && listHolds("qscale|crf|compression_level", option.encoderOption);
 }
@@ -129,6 +141,7 @@ const CodecPicture& pictureOf(const EncodingRequest& request, const std::string&
     const CodecPicture* picture = choosePicture(*settings.codec, wish);
     if (!picture)
         refuseSize(request);
+    requireWholeFields(request, *picture);
     return *picture;
 }
 
@@ -180,6 +193,7 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
     if (!qualityIsOverruled(settings))
         addOptions(options, codec.quality[request.quality]);
     options.erase("profile");
+    options.erase("encoder");
     if (const CodecProfile* chosen = findProfile(codec, profile))
         addOptions(options, chosen->encoderOptions);
     for (const CodecOption& option : codec.options) {
@@ -192,6 +206,16 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
     if (encoder == "libx265")
         gatherX265Options(options);
     return options;
+}
+
+/// The encoder of the quality, else of the picture, else of the codec.
+std::string encoderOf(const EncodingRequest& request, const CodecPicture& picture) {
+    const Codec& codec = *request.settings.codec;
+    Options quality;
+    addOptions(quality, codec.quality[request.quality]);
+    if (quality.count("encoder") && !qualityIsOverruled(request.settings))
+        return quality["encoder"];
+    return picture.encoder ? picture.encoder : codec.encoder;
 }
 
 ColourDecision colourOf(const Settings& settings, const CodecPicture& picture) {
@@ -216,7 +240,7 @@ EncodingPlan planEncoding(const EncodingRequest& request) {
     EncodingPlan plan;
     plan.codec = &codec;
     plan.picture = &pictureOf(request, profile);
-    plan.encoder = plan.picture->encoder ? plan.picture->encoder : codec.encoder;
+    plan.encoder = encoderOf(request, *plan.picture);
     plan.tag = codecTag(chosen && chosen->type ? chosen->type : codec.type);
     plan.width = request.width;
     plan.height = request.height;
@@ -236,6 +260,8 @@ EncodingPlan planEncoding(const EncodingRequest& request) {
 }
 
 int sampleDescriptionDepth(const EncodingPlan& plan) {
+    if (plan.picture->order == SampleOrder::Palette)
+        return 8;
     return plan.picture->alpha ? 32 : 24;
 }
 

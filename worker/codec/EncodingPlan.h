@@ -27,8 +27,8 @@ struct EncodingRequest {
 struct EncodingPlan {
     const Codec* codec = nullptr;
     const CodecPicture* picture = nullptr;
-    const char* encoder = nullptr;  ///< libav encoder
-    std::uint32_t tag = 0;          ///< the movie's four-character type, as libav keeps it
+    std::string encoder;    ///< libav encoder
+    std::uint32_t tag = 0;  ///< the movie's four-character type, as libav keeps it
     int width = 0;
     int height = 0;
     AVRational rate = {24, 1};
@@ -48,7 +48,8 @@ struct EncodingPlan {
 /// cannot take.
 EncodingPlan planEncoding(const EncodingRequest& request);
 
-/// What the depth field of the sample description must state: 32 with an alpha channel, 24 without.
+/// What the depth field of the sample description must state: 32 with an alpha channel, 24 without, 8 with
+/// a palette.
 int sampleDescriptionDepth(const EncodingPlan& plan);
 
 }  // namespace Morvane::Worker

@@ -47,7 +47,7 @@ public:
 }  // namespace
 
 EncoderContext::EncoderContext(const EncodingPlan& encodingPlan) : plan(encodingPlan) {
-    const AVCodec* encoder = avcodec_find_encoder_by_name(plan.encoder);
+    const AVCodec* encoder = avcodec_find_encoder_by_name(plan.encoder.c_str());
     if (!encoder)
         throw StatusError(
             Status::NotSupportedByCodec,

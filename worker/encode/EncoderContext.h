@@ -38,6 +38,9 @@ public:
     /// The track's description, as a movie needs it; the caller owns it.
     ParametersPointer parameters() const;
 
+    /// Packets that a decoder must have seen, at most, before it can show the first picture.
+    int reorderDelay() const { return context->has_b_frames; }
+
     /// Hands over the next picture, null at the end. Throws StatusError (CodecFailed).
     void send(AVFrame* frame);
 

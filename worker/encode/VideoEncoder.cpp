@@ -147,8 +147,11 @@ void VideoEncoder::Pipeline::encodeInARow(EncoderContext& context) {
 }
 
 void VideoEncoder::Pipeline::passOn(EncoderContext& context) {
-    while (PacketPointer packet = context.receive())
+    while (PacketPointer packet = context.receive()) {
+        // One encoder makes up decoding times when there are fewer frames than it reorders.
+        packet->dts = packetsMade - context.reorderDelay();
         packets.put(packetsMade++, std::move(packet));
+    }
 }
 
 void VideoEncoder::Pipeline::deliver() {

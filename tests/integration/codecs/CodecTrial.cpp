@@ -11,6 +11,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <stdexcept>
 
 namespace Morvane::Worker::Trial {
@@ -135,11 +136,25 @@ void writeMovie(const Encoded& encoded, const std::string& path) {
     avio_closep(&format->pb);
 }
 
+/// Pictures with a palette as red, green and blue.
+Components paletteComponents(const AVFrame& frame) {
+    Components result(3);
+    for (int y = 0; y < frame.height; ++y)
+        for (int x = 0; x < frame.width; ++x) {
+            std::uint32_t colour = 0;
+            std::memcpy(&colour, frame.data[1] + 4 * frame.data[0][y * frame.linesize[0] + x], sizeof colour);
+            for (int c = 0; c < 3; ++c)
+                result[c].push_back(static_cast<int>(colour >> (16 - 8 * c) & 0xFF));
+        }
+    return result;
+}
+
 Components components(const AVFrame& frame) {
     const auto format = static_cast<AVPixelFormat>(frame.format);
     const AVPixFmtDescriptor& description = *av_pix_fmt_desc_get(format);
-    const bool palette = (description.flags & AV_PIX_FMT_FLAG_PAL) != 0;
-    const int count = palette ? 3 : description.nb_components;
+    if (description.flags & AV_PIX_FMT_FLAG_PAL)
+        return paletteComponents(frame);
+    const int count = description.nb_components;
     Components result(count);
     for (int c = 0; c < count; ++c) {
         const bool chroma = (c == 1 || c == 2) && !(description.flags & AV_PIX_FMT_FLAG_RGB);
@@ -148,11 +163,21 @@ Components components(const AVFrame& frame) {
         std::vector<std::uint16_t> row(width);
         for (int y = 0; y < height; ++y) {
             av_read_image_line(row.data(), const_cast<const std::uint8_t**>(frame.data), frame.linesize,
-                               &description, 0, y, c, width, palette);
+                               &description, 0, y, c, width, 0);
             result[c].insert(result[c].end(), row.begin(), row.end());
         }
     }
     return result;
+}
+
+std::string packedBytes(const AVFrame& frame) {
+    const auto format = static_cast<AVPixelFormat>(frame.format);
+    std::string bytes(av_image_get_buffer_size(format, frame.width, frame.height, 1), 0);
+    require(
+        av_image_copy_to_buffer(reinterpret_cast<std::uint8_t*>(bytes.data()), static_cast<int>(bytes.size()),
+                                frame.data, frame.linesize, format, frame.width, frame.height, 1) >= 0,
+        "cannot copy the picture");
+    return bytes;
 }
 
 Pixels rgbOf(const AVFrame& frame, const ColourDecision& colour) {

@@ -36,6 +36,9 @@ void writeMovie(const Encoded& encoded, const std::string& path);
 using Components = std::vector<std::vector<int>>;
 Components components(const AVFrame& frame);
 
+/// The picture's samples without padding, as `rawvideo` has them.
+std::string packedBytes(const AVFrame& frame);
+
 /// The picture as floats RGB(A), 0…1, its YCbCr taken apart with the matrix and range of `colour`, chroma
 /// samples interpolated; alpha 1 where there is none.
 Pixels rgbOf(const AVFrame& frame, const ColourDecision& colour);

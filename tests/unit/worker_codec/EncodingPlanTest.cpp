@@ -68,7 +68,7 @@ TEST(EncodingPlan, LosslessH264IsRgb) {
     EncodingRequest request = requestFor("avc1");
     request.quality = 5;
     const EncodingPlan plan = planEncoding(request);
-    EXPECT_STREQ(plan.encoder, "libx264rgb");
+    EXPECT_EQ(plan.encoder, "libx264rgb");
     EXPECT_EQ(plan.picture->format, AV_PIX_FMT_RGB24);
     EXPECT_EQ(plan.colour.matrix, AVCOL_SPC_RGB);
     EXPECT_EQ(plan.colour.range, AVCOL_RANGE_JPEG);
@@ -124,13 +124,24 @@ TEST(EncodingPlan, SizeRulesOfEveryKind) {
         const char* settings;
         int width, height;
         bool taken;
-    } cases[] = {{"dvc ", "", 720, 480, true},           {"dvc ", "", 720, 576, false},
-                 {"avc1", "", 255, 144, false},          {"avc1", "", 256, 143, false},
-                 {"avc1", "chroma=444", 255, 143, true}, {"avc1", "chroma=422", 256, 143, true},
-                 {"CFHD", "", 256, 144, true},           {"CFHD", "", 264, 144, false},
-                 {"Hap1", "", 256, 146, false},          {"AVdh", "", 254, 144, false},
-                 {"mjp2", "", 16, 144, false},           {"rle ", "", 1, 1, true},
-                 {"rle ", "", 16384, 16384, true},       {"rle ", "", 16385, 1, false},
+    } cases[] = {{"dvc ", "", 720, 480, true},
+                 {"dvc ", "", 720, 576, false},
+                 {"avc1", "", 255, 144, false},
+                 {"avc1", "", 256, 143, false},
+                 {"avc1", "chroma=444", 255, 143, true},
+                 {"avc1", "chroma=422", 256, 143, true},
+                 {"CFHD", "", 256, 144, true},
+                 {"CFHD", "", 264, 144, false},
+                 {"CFHD", "", 256, 148, false},
+                 {"CFHD", "bitdepth=10", 240, 144, false},
+                 {"SVQ1", "", 66, 48, false},
+                 {"v210", "", 64, 3, false},
+                 {"Hap1", "", 256, 146, false},
+                 {"AVdh", "", 254, 144, false},
+                 {"mjp2", "", 31, 144, false},
+                 {"rle ", "", 1, 1, true},
+                 {"rle ", "", 16384, 16384, true},
+                 {"rle ", "", 16385, 1, false},
                  {"h263", "", 256, 144, false}};
     for (const auto& one : cases) {
         EncodingRequest request = requestFor(one.type, one.settings);
@@ -139,6 +150,17 @@ TEST(EncodingPlan, SizeRulesOfEveryKind) {
         EXPECT_EQ(refusal(request).first == Status::Success, one.taken)
             << one.type << " " << one.width << " x " << one.height;
     }
+}
+
+TEST(EncodingPlan, FieldsMustHaveWholeChromaSamples) {
+    EncodingRequest request = requestFor("avc1", "fields=tff");
+    request.height = 142;
+    EXPECT_THAT(refusal(request).second,
+                HasSubstr("interlaced pictures of 142 rows; it takes multiples of 4"));
+    request.settings = Settings::parse("fields=tff", *findCodec("apch"));
+    EXPECT_EQ(refusal(request).first, Status::Success);
+    request.height = 143;
+    EXPECT_EQ(refusal(request).first, Status::NotSupportedByCodec);
 }
 
 TEST(EncodingPlan, WhatIsNoQualitySizeOrRateIsABadArgument) {

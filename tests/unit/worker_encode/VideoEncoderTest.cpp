@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <future>
@@ -51,6 +52,27 @@ TEST_P(OrderOfPackets, PacketsComeInDecodingOrderOneForEachFrame) {
 
 INSTANTIATE_TEST_SUITE_P(Codecs, OrderOfPackets,
                          testing::Values("mjpa", "png ", "apch", "rle ", "v210", "avc1", "mp4v"));
+
+/// Fewer frames than an encoder reorders must have sensible times too.
+TEST(VideoEncoder, MoviesOfFewFramesHaveTheirTimes) {
+    for (const char* type : {"avc1", "hvc1", "mp4v"}) {
+        for (int frames = 1; frames < 5; ++frames) {
+            std::vector<std::int64_t> times;
+            VideoEncoder sut(planFor(type));
+            sut.start([&](AVPacket& packet) {
+                times.push_back(packet.pts);
+                EXPECT_LE(packet.dts, packet.pts) << type;
+                EXPECT_GE(packet.dts, -2) << type;
+            });
+            for (int frame = 0; frame < frames; ++frame)
+                sut.addFrame(pixelsOf(frame).data());
+            sut.finish();
+            std::sort(times.begin(), times.end());
+            for (int frame = 0; frame < frames; ++frame)
+                EXPECT_EQ(times.at(frame), frame) << type;
+        }
+    }
+}
 
 TEST(VideoEncoder, TimeBaseIsOneFrame) {
     VideoEncoder sut(planFor("rle "));
