@@ -12,8 +12,8 @@ namespace Morvane::Worker {
 
 /// Turns float pixels into the codec's pictures in one pass over memory: each strip of rows is read out of
 /// shared memory once, split, converted and rounded to nearest while it is in the cache. No step goes through
-/// fewer bits than the picture has. Values are limited only at the picture's own range; what is not a number
-/// becomes 0.
+/// fewer bits than the picture has. Values are limited to what the picture can hold, R, G and B each by
+/// itself; what is not a number becomes 0.
 class PictureConverter {
 public:
     /// Prepares the conversion of `plan`; its threads convert strips side by side.

@@ -29,11 +29,15 @@ void rgba16Swapped(const float* rgba, std::uint16_t* out, std::size_t width, Alp
 void planes8(const float* rgba, std::uint8_t* const planes[4], std::size_t width);
 void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t width, float highest);
 
-/// R, G and B as planes of floats, for a conversion that goes on with them: not limited to 0…1, but finite.
-void split(const float* rgba, float* const planes[3], std::size_t width);
+/// The values that a picture can hold.
+struct Limits {
+    float lowest;
+    float highest;
+};
 
-/// The largest magnitude that `split` leaves: far outside any picture, and products of it stay finite.
-inline constexpr float largestSplitValue = 1e6F;
+/// R, G and B as planes of floats within the limits, for a conversion to YCbCr that goes on with them.
+/// Limited here, since limiting luma and chroma afterwards would change the hue of what is too bright.
+void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits);
 
 namespace Scalar {
 void rgb8(const float* rgba, std::uint8_t* out, std::size_t width);
@@ -44,7 +48,7 @@ void rgba16(const float* rgba, std::uint16_t* out, std::size_t width, AlphaPlace
 void rgba16Swapped(const float* rgba, std::uint16_t* out, std::size_t width, AlphaPlace place, bool opaque);
 void planes8(const float* rgba, std::uint8_t* const planes[4], std::size_t width);
 void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t width, float highest);
-void split(const float* rgba, float* const planes[3], std::size_t width);
+void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits);
 }  // namespace Scalar
 
 }  // namespace Morvane::Worker::RowKernels

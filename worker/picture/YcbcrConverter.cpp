@@ -74,6 +74,14 @@ int roundedUp(int size, int shift) {
     return (size + (1 << shift) - 1) >> shift << shift;
 }
 
+/// Video range has room for what is a little blacker than black and whiter than white: to the codes 4 and
+/// 1019 of 10 bits, which stand for these values. Full range has none.
+RowKernels::Limits rgbLimits(const EncodingPlan& plan) {
+    if (plan.colour.range == AVCOL_RANGE_JPEG)
+        return {0.0F, 1.0F};
+    return {(4.0F - 64.0F) / 876.0F, (1019.0F - 64.0F) / 876.0F};
+}
+
 /// JPEG's chroma lies between the luma samples; elsewhere it is on the left ones, as in MPEG-2.
 zimg_chroma_location_e chromaLocation(const EncodingPlan& plan) {
     return plan.codec->colour == ColourModel::Jpeg ? ZIMG_CHROMA_CENTER : ZIMG_CHROMA_LEFT;
@@ -272,7 +280,7 @@ void YcbcrConverter::unpackRow(const Strip& strip, unsigned i, int left, int rig
                                               (plane * strip.graph.inputRows + (i & strip.graph.inputMask)) *
                                                   inputStride) +
                      left;
-    RowKernels::split(pixels, out, end - left);
+    RowKernels::split(pixels, out, end - left, rgbLimits(plan));
     for (float* row : out)
         std::fill(row + (end - left), row + (right - left), row[end - left - 1]);
     if (format.nb_components == 4 && y < plan.height)

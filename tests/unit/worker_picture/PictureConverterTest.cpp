@@ -251,6 +251,23 @@ TEST(PictureConverter, ValuesOutsideAreLimitedAtTheTargetsRangeOnly) {
     EXPECT_LE(sample(*frame, 0, 5, 5), 4);
 }
 
+// Limiting luma alone would leave the chroma of a colour that nobody sees: a white highlight would turn yellow.
+TEST(PictureConverter, TooBrightColoursKeepTheHueThatIsSeen) {
+    const EncodingPlan plan = planOf({"jpeg", "", 64, 48});
+    auto pixels = randomPixels(64, 48);
+    for (std::size_t i = 0; i < pixels.size(); i += 4) {
+        pixels[i] = 1.8F;
+        pixels[i + 1] = 1.5F;
+        pixels[i + 2] = 1.0F;
+    }
+
+    const FramePointer frame = converted(plan, pixels);
+
+    EXPECT_EQ(sample(*frame, 0, 20, 20), 255);
+    EXPECT_EQ(sample(*frame, 1, 10, 20), 128);
+    EXPECT_EQ(sample(*frame, 2, 10, 20), 128);
+}
+
 TEST(PictureConverter, WhatIsNoNumberIsBlack) {
     for (const char* type : {"v410", "rle ", "avc1", "smc "}) {
         const EncodingPlan plan = planOf({type, ""});

@@ -115,15 +115,18 @@ TEST_P(RowKernels, PlanesAgreeWithTheScalarReference) {
         EXPECT_EQ(one.planes[i], other.planes[i]);
 }
 
-TEST_P(RowKernels, SplitAgreesWithTheScalarReferenceAndIsFinite) {
+TEST_P(RowKernels, SplitAgreesWithTheScalarReferenceAndKeepsTheLimits) {
     Planes<float, 3> one(width, 7.0F);
     Planes<float, 3> other(width, 7.0F);
-    split(pixels.data(), one.pointers, width);
-    Scalar::split(pixels.data(), other.pointers, width);
+    const Limits limits{-0.07F, 1.09F};
+    split(pixels.data(), one.pointers, width, limits);
+    Scalar::split(pixels.data(), other.pointers, width, limits);
     for (std::size_t i = 0; i < 3; ++i) {
         EXPECT_EQ(one.planes[i], other.planes[i]);
-        for (const float value : one.planes[i])
-            EXPECT_LE(std::abs(value), largestSplitValue);
+        for (std::size_t x = 0; x < width; ++x) {
+            EXPECT_GE(one.planes[i][x], limits.lowest);
+            EXPECT_LE(one.planes[i][x], limits.highest);
+        }
     }
 }
 
