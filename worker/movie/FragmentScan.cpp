@@ -113,6 +113,9 @@ private:
     }
 
     void keep(FragmentedMovie::Sample& sample) {
+        if (sample.stored.duration == 0) {
+            throw StatusError(Status::InputOutput, "the movie's index is damaged: a frame lasts no time");
+        }
         const bool whole = sample.stored.offset >= 0 && sample.stored.offset + sample.stored.bytes <= end;
         torn = torn || !whole;
         if (!torn) {
@@ -155,6 +158,9 @@ FragmentedMovie scanFragments(const OutputFile& file) {
         }
     }
     movie.end = atoms.position();
+    for (const FragmentedMovie::Sample& sample : movie.pictures) {
+        movie.end = std::max(movie.end, sample.stored.offset + sample.stored.bytes);
+    }
     return movie;
 }
 

@@ -22,7 +22,7 @@ struct FragmentedMovie {
     Bytes header;                    ///< the `moov` atom as a whole; empty: none was found
     bool fragmented = false;         ///< the header says that fragments follow; false: an ordinary movie
     std::vector<Sample> pictures;    ///< of the first track, in decoding order
-    std::int64_t end = 0;            ///< bytes of the file that are whole atoms
+    std::int64_t end = 0;            ///< bytes of the file up to the last whole atom or picture
 };
 
 /// Reads the whole file's atoms but for the media. Stops quietly at the first one that is torn; pictures

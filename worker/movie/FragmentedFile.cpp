@@ -16,6 +16,12 @@ namespace {
 /// Bytes of packets that make a fragment at once.
 constexpr std::int64_t fragmentBytes = std::int64_t{8} << 20;
 
+/// A write may be torn where two pages of memory meet, but not within a byte. So a fragment's `moof` stands
+/// in the file with another first letter, as an atom that every reader skips, until all of the fragment is
+/// there.
+constexpr std::size_t typeOffset = 4;
+constexpr std::uint8_t hiddenType = 'x';
+
 /// ISO/IEC 14496-12, "Movie Extends Box": every track may go on in fragments; these state everything
 /// themselves.
 Bytes fragmentsFollow(std::size_t tracks) {
@@ -99,7 +105,8 @@ void FragmentedFile::flush() {
     fragmentMedia = 0;
     try {
         muxer.flush();
-        output.write(endOffset, fragmentHeader);
+        // The fragment is whole: from this byte on it counts.
+        output.write(endOffset + typeOffset, ByteView(fragmentHeader).subspan(typeOffset, 1));
     } catch (const StatusError&) {
         output.truncate(endOffset);
         throw;
@@ -116,20 +123,26 @@ void FragmentedFile::take(ByteView bytes) {
 }
 
 void FragmentedFile::takeFragment(ByteView bytes) {
-    const auto collect = [&](std::size_t target) {
-        const std::size_t count = std::min(bytes.size(), target - std::min(target, fragmentHeader.size()));
-        fragmentHeader.insert(fragmentHeader.end(), bytes.begin(),
-                              bytes.begin() + static_cast<std::ptrdiff_t>(count));
-        bytes = bytes.subspan(count);
-    };
-    collect(shortHeaderBytes);
-    if (fragmentHeader.size() < shortHeaderBytes) {
-        return;
+    if (fragmentMedia == 0) {
+        bytes = collectHeader(bytes);
     }
-    const std::size_t headerBytes = AtomCursor(fragmentHeader).u32();
-    collect(headerBytes);
-    output.write(endOffset + static_cast<std::int64_t>(headerBytes) + fragmentMedia, bytes);
+    output.write(endOffset + static_cast<std::int64_t>(fragmentHeader.size()) + fragmentMedia, bytes);
     fragmentMedia += static_cast<std::int64_t>(bytes.size());
+}
+
+ByteView FragmentedFile::collectHeader(ByteView bytes) {
+    fragmentHeader.insert(fragmentHeader.end(), bytes.begin(), bytes.end());
+    const std::size_t headerBytes =
+        fragmentHeader.size() < shortHeaderBytes ? 0 : AtomCursor(fragmentHeader).u32();
+    if (headerBytes == 0 || fragmentHeader.size() < headerBytes) {
+        return {};
+    }
+    const std::size_t media = fragmentHeader.size() - headerBytes;
+    fragmentHeader.resize(headerBytes);
+    Bytes hidden = fragmentHeader;
+    hidden[typeOffset] = hiddenType;
+    output.write(endOffset, hidden);
+    return bytes.last(media);
 }
 
 std::int64_t FragmentedFile::append(ByteView media) {

@@ -11,8 +11,8 @@ namespace Morvane::Worker {
 
 /// The state of a movie while it is being written: `ftyp`, a `free` atom that waits for the index, the time
 /// code's media, a `moov` atom that says that fragments follow, and then fragments and media of other tracks
-/// as they come. Whatever is whole can be read by any program; a fragment's `moof` is written last, so that
-/// none is ever there by half. Not for several threads at once.
+/// as they come. Whatever is whole can be read by any program; a fragment counts from one byte on that is
+/// written last, so that none is ever there by half. Not for several threads at once.
 class FragmentedFile {
 public:
     /// Creates the file. Throws StatusError (see MovieFile).
@@ -43,6 +43,7 @@ public:
 private:
     void take(ByteView bytes);
     void takeFragment(ByteView bytes);
+    ByteView collectHeader(ByteView bytes);
     void writeHeader(const AVPacket& first);
     void advance(std::int64_t bytes);
 
@@ -56,7 +57,7 @@ private:
     bool headerWritten = false;
     Bytes librarysHeader;
     Bytes fragmentHeader;            ///< the `moof` atom that is coming in
-    std::int64_t fragmentMedia = 0;  ///< bytes written behind its place
+    std::int64_t fragmentMedia = 0;  ///< bytes written behind it
 };
 
 }  // namespace Morvane::Worker

@@ -26,9 +26,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A packet waits at most this long before it is written; what is left of half a second is for writing it.
-constexpr auto longestWait = std::chrono::milliseconds(400);
-
 const MovieFile::Options& checked(const MovieFile::Options& options) {
     if (options.provisionalTimecode) {
         checkTimecode(*options.provisionalTimecode);
@@ -65,7 +62,9 @@ IndexTrack writeSound(SoundFile& sound, std::int64_t position, const AppendMedia
 class MovieFile::Writer {
 public:
     Writer(const std::string& path, const Options& options)
-        : movie(path, checked(options).video, options.existing) {
+        : movie(path, checked(options).video, options.existing),
+          fewestInPlace(options.fewestBytesInPlace),
+          longestWait(options.longestWait) {
         movie.timecode = options.provisionalTimecode;
         movie.metadata = options.metadata;
         flusher = std::thread([this] { flushInTime(); });
@@ -87,7 +86,12 @@ public:
         if (movie.waitingBytes() == 0) {
             oldest = Clock::now();
         }
-        writing([&] { movie.add(packet); });
+        writing([&] {
+            movie.add(packet);
+            if (longestWait.count() == 0) {
+                movie.flush();
+            }
+        });
         throwFailure();
         changed.notify_one();
     }
@@ -174,7 +178,8 @@ public:
         if (!found.pictures.empty()) {
             writing([&] {
                 makeOrdinary(movie.file(), found,
-                             {movie.timecode, sounds, writeMetadataAtoms(movie.metadata)}, indexFirst);
+                             {movie.timecode, sounds, writeMetadataAtoms(movie.metadata)}, indexFirst,
+                             fewestInPlace);
             });
         }
         throwFailure();
@@ -246,6 +251,8 @@ private:
     }
 
     FragmentedFile movie;
+    std::int64_t fewestInPlace;
+    std::chrono::milliseconds longestWait;
     std::vector<IndexTrack> sounds;
     std::optional<PositionedSound> samples;
     std::optional<StatusError> failure;

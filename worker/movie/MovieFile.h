@@ -8,6 +8,7 @@ extern "C" {
 #include <libavcodec/packet.h>
 }
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -21,12 +22,15 @@ namespace Morvane::Worker {
 /// process. `finish` turns it into an ordinary movie; docs/adr/ tells how.
 ///
 /// Order of calls: construct, then packets, sound, samples, time code and metadata in any order, `finish`
-/// once. After `finish`, or a failed one, only the destructor may be called. A destructor without `finish`
-/// leaves the file readable up to the last packet (a file without any packet is removed).
+/// once; after that only the destructor. A destructor without `finish` leaves the file readable up to the
+/// last packet (a file without any packet is removed).
 ///
 /// Threads: packets may come from one thread while another calls the rest; `finish` and the destructor alone.
-/// Every call may block for as long as the disk does. Failures throw StatusError, whose words name the file
-/// and what the system said; a write that failed in the background is thrown by the next call, once.
+/// Every call may block for as long as the disk does.
+///
+/// Failures throw StatusError, whose words name the file and what the system said. When a packet cannot be
+/// written, also in the background, every later packet and `finish` throw the same reason, `finish` after it
+/// has made an ordinary movie of what is on the file.
 class MovieFile {
 public:
     struct Options {
@@ -35,6 +39,12 @@ public:
         std::optional<TimecodeTrack> provisionalTimecode;
         Metadata metadata;
         ExistingFile existing = ExistingFile::Replace;
+        /// Media of fewer bytes are copied once when the movie is finished, so that no gap is left in it
+        /// where the index was waited for; larger ones stay where they are.
+        std::int64_t fewestBytesInPlace = std::int64_t{256} << 20;
+        /// A packet waits at most so long before it is written; what is left of half a second is for writing
+        /// it. 0: each is written at once.
+        std::chrono::milliseconds longestWait{400};
     };
 
     /// Creates the file. Throws Exists (only with Refuse), NotFound (no such folder), NoPermission, DiskFull,

@@ -250,6 +250,9 @@ IndexTrack readVideoTrack(ByteView moov) {
     const std::uint32_t version = media.u32() >> 24;
     media.take(version == 1 ? 16 : 8);
     track.timeScale = media.u32();
+    if (track.timeScale == 0) {
+        throw StatusError(Status::InputOutput, "the movie's index is damaged: its clock stands still");
+    }
     const ByteView description =
         requireAtom(trak, {atomType("mdia"), atomType("minf"), atomType("stbl"), atomType("stsd")}).whole;
     track.description.assign(description.begin(), description.end());

@@ -22,6 +22,6 @@ struct MovieParts {
 /// Turns the movie in fragments that `file` holds, and that was read from it as `found`, into an ordinary
 /// one. See placeIndex for what happens to the file. REQUIRES: at least one picture.
 void makeOrdinary(OutputFile& file, const FragmentedMovie& found, const MovieParts& parts, bool indexFirst,
-                  std::int64_t fewestInPlace = fewestBytesInPlace);
+                  std::int64_t fewestInPlace);
 
 }  // namespace Morvane::Worker

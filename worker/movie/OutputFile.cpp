@@ -39,8 +39,15 @@ int openRegular(const char* what, const std::string& path, int flags) {
 }  // namespace
 
 OutputFile OutputFile::create(const std::string& path, ExistingFile existing) {
-    const int flags = existing == ExistingFile::Replace ? 0 : O_EXCL;
-    OutputFile file(path, openRegular("create", path, O_CREAT | flags));
+    const int created = ::open(path.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, 0666);
+    if (created >= 0) {
+        return {path, created};
+    }
+    if (errno != EEXIST || existing == ExistingFile::Refuse) {
+        failed("create", path, errno);
+    }
+    // O_CREAT again: a link that leads nowhere exists, and so does not what it names.
+    OutputFile file(path, openRegular("create", path, O_CREAT));
     file.truncate(0);
     return file;
 }

@@ -127,6 +127,7 @@ std::optional<TimecodeTrack> readTimecode(ByteView moov, const OutputFile& file)
     offsets.take(8);
     const Bytes sample = file.read(offsets.u32(), sampleBytes);
     timecode.startFrame = AtomCursor(sample).u32();
+    checkTimecode(timecode);
     return timecode;
 }
 

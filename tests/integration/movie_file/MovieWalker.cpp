@@ -307,9 +307,12 @@ private:
         expect(entries.size() == 1, "stsd does not hold what it counts");
         result.codec = entries.at(0).type;
         result.description = entries.at(0).body;
-        // Fixed fields of a video description, then atoms.
+        // Fixed fields of a video description, then atoms, which four zero bytes may end.
         if (result.handler == "vide") {
-            children(result.description.substr(78));
+            const std::string extensions = result.description.substr(78);
+            const bool ended =
+                extensions.size() >= 4 && extensions.substr(extensions.size() - 4) == Bytes(4, '\0');
+            children(ended ? extensions.substr(0, extensions.size() - 4) : extensions);
         }
     }
 

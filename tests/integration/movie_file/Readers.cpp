@@ -1,9 +1,15 @@
 #include "Readers.h"
 
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstring>
+#include <memory>
 #include <stdexcept>
 
 namespace Morvane::Tests {
@@ -69,6 +75,54 @@ int decodedFrames(const std::string& movie) {
         frames += hashes[line] != '#';
     }
     return frames;
+}
+
+namespace {
+
+struct Free {
+    void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
+    void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+};
+
+int receiveFrames(AVCodecContext& codec, AVFrame& frame) {
+    int frames = 0;
+    while (avcodec_receive_frame(&codec, &frame) >= 0) {
+        frames += frame.decode_error_flags == 0 && !(frame.flags & AV_FRAME_FLAG_CORRUPT);
+    }
+    return frames;
+}
+
+}  // namespace
+
+int libraryFrames(const std::string& movie) {
+    av_log_set_level(AV_LOG_FATAL);
+    AVFormatContext* opened = nullptr;
+    const int result = avformat_open_input(&opened, movie.c_str(), nullptr, nullptr);
+    const std::unique_ptr<AVFormatContext, Free> format(opened);
+    if (result < 0 || format->nb_streams == 0) {
+        return 0;
+    }
+    const AVCodecParameters& parameters = *format->streams[0]->codecpar;
+    const std::unique_ptr<AVCodecContext, Free> codec(avcodec_alloc_context3(nullptr));
+    avcodec_parameters_to_context(codec.get(), &parameters);
+    codec->err_recognition = AV_EF_EXPLODE;
+    if (avcodec_open2(codec.get(), avcodec_find_decoder(parameters.codec_id), nullptr) < 0) {
+        throw std::runtime_error("cannot decode " + movie);
+    }
+    const std::unique_ptr<AVPacket, Free> packet(av_packet_alloc());
+    const std::unique_ptr<AVFrame, Free> frame(av_frame_alloc());
+    int frames = 0;
+    while (av_read_frame(format.get(), packet.get()) >= 0) {
+        if (packet->stream_index == 0) {
+            avcodec_send_packet(codec.get(), packet.get());
+            frames += receiveFrames(*codec, *frame);
+        }
+        av_packet_unref(packet.get());
+    }
+    avcodec_send_packet(codec.get(), nullptr);
+    return frames + receiveFrames(*codec, *frame);
 }
 
 namespace {

@@ -17,6 +17,9 @@ nlohmann::json mediainfo(const std::string& movie);
 nlohmann::json exiftool(const std::string& movie);
 /// Number of pictures that ffmpeg decodes; what it says of damage on the way makes this throw.
 int decodedFrames(const std::string& movie);
+/// Number of pictures that libav decodes in this process, for tests that look at many files; 0 where there is
+/// no movie. Damaged pictures don't count.
+int libraryFrames(const std::string& movie);
 /// The first sound stream as ffmpeg decodes it.
 std::vector<float> soundByFfmpeg(const std::string& movie);
 /// The first sound stream as GStreamer decodes it, placed on the movie's time line from 0 on.

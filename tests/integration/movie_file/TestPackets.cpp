@@ -26,6 +26,7 @@ struct FreeFrame {
 
 TestPackets::TestPackets(const Request& request)
     : rate(request.rate), parameters(avcodec_parameters_alloc()) {
+    av_log_set_level(AV_LOG_ERROR);
     const AVCodec* encoder = avcodec_find_encoder_by_name(request.encoder.c_str());
     if (!encoder) {
         throw std::runtime_error("no encoder " + request.encoder);
@@ -36,7 +37,7 @@ TestPackets::TestPackets(const Request& request)
     codec->pix_fmt = request.pixels;
     codec->time_base = av_inv_q(request.rate);
     codec->framerate = request.rate;
-    codec->sample_aspect_ratio = {1, 1};
+    codec->sample_aspect_ratio = request.aspect;
     codec->color_primaries = AVCOL_PRI_BT709;
     codec->color_trc = AVCOL_TRC_BT709;
     codec->colorspace = AVCOL_SPC_BT709;
@@ -52,7 +53,12 @@ TestPackets::TestPackets(const Request& request)
     av_dict_free(&options);
     check(opened, "open the encoder");
     check(avcodec_parameters_from_context(parameters.get(), codec.get()), "describe the codec");
-    parameters->codec_tag = request.tag;
+    if (request.tag != 0) {
+        parameters->codec_tag = request.tag;
+    }
+    if (request.bitsPerCodedSample != 0) {
+        parameters->bits_per_coded_sample = request.bitsPerCodedSample;
+    }
     encode(*codec, request);
 }
 
@@ -72,6 +78,9 @@ void TestPackets::encode(AVCodecContext& codec, const Request& request) {
                 std::memset(buffer->data, 16 + i % 200, buffer->size);
             }
         }
+        frame->color_primaries = codec.color_primaries;
+        frame->color_trc = codec.color_trc;
+        frame->colorspace = codec.colorspace;
         frame->pts = i;
         check(avcodec_send_frame(&codec, frame.get()), "encode a frame");
         receive(codec);

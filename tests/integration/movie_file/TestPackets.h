@@ -26,6 +26,8 @@ public:
         int height = 48;
         std::map<std::string, std::string> options;  ///< of the encoder
         std::uint32_t tag = 0;
+        AVRational aspect = {1, 1};
+        int bitsPerCodedSample = 0;
     };
 
     explicit TestPackets(const Request& request);
