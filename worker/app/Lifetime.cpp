@@ -27,8 +27,9 @@ sigset_t endSignals() {
 }  // namespace
 
 void prepareSignals() {
-    // Ctrl-C in a terminal reaches host and worker alike; the host finishes its movie with our help.
-    for (const int ignored : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE})
+    // Ctrl-C in a terminal reaches host and worker alike; the host finishes its movie with our help. A limit on the
+    // size of files is a failure of the write that meets it.
+    for (const int ignored : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ})
         signal(ignored, SIG_IGN);
     signal(SIGTERM, SIG_DFL);
     const sigset_t set = endSignals();
