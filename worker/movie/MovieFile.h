@@ -41,7 +41,7 @@ public:
         ExistingFile existing = ExistingFile::Replace;
         /// Media of fewer bytes are copied once when the movie is finished, so that no gap is left in it
         /// where the index was waited for; larger ones stay where they are.
-        std::int64_t fewestBytesInPlace = std::int64_t{256} << 20;
+        std::int64_t fewestBytesInPlace = std::int64_t{64} << 20;
         /// A packet waits at most so long before it is written; what is left of half a second is for writing
         /// it. 0: each is written at once.
         std::chrono::milliseconds longestWait{400};

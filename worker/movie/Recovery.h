@@ -22,6 +22,6 @@ struct RecoveredMovie {
 /// copied beside it and renamed over it. Throws StatusError: NotFound, NoPermission, BadArgument (no movie of
 /// this program, or none of its frames is whole), DiskFull, InputOutput.
 RecoveredMovie recoverMovie(const std::string& path,
-                            std::int64_t fewestBytesInPlace = std::int64_t{256} << 20);
+                            std::int64_t fewestBytesInPlace = std::int64_t{64} << 20);
 
 }  // namespace Morvane::Worker
