@@ -73,8 +73,9 @@ protected:
     std::filesystem::path requestPath() const { return folder / "processbridge" / names.requestFile; }
 
     const std::filesystem::path folder = "/tmp/corvel-worker-core-" + std::to_string(getpid());
-    const ProcessBridge::ResourceNames names{"00000000000000000000" +
-                                             std::to_string(100000000000 + getpid())};
+    /// The number stands in front: semaphores keep only the first 28 digits of a bridge name.
+    const ProcessBridge::ResourceNames names{std::to_string(100000000000 + getpid()) +
+                                             "00000000000000000000"};
     std::unique_ptr<ProcessBridge::SharedMemoryFile> dataFile, requestFile;
     std::unique_ptr<ProcessBridge::NamedSemaphore> ready, done;
     std::unique_ptr<BridgeEnd> bridge;
