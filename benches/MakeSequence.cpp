@@ -198,20 +198,20 @@ std::vector<float> render(const Request& request, int frame) {
 
 bool write(const Request& request, int frame) {
     const std::string path = fmt::format("{}/frame.{:04}.{}", request.folder, frame, request.format);
-    OIIO::ImageSpec spec(request.width, request.height, request.alpha ? 4 : 3,
-                         request.format == "exr" ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::UINT16);
+    OIIO::ImageSpec layout(request.width, request.height, request.alpha ? 4 : 3,
+                           request.format == "exr" ? OIIO::TypeDesc::HALF : OIIO::TypeDesc::UINT16);
     if (request.format == "exr") {
-        spec.attribute("compression", "zip");
+        layout.attribute("compression", "zip");
     } else {
-        spec.attribute("oiio:ColorSpace", "sRGB");
+        layout.attribute("oiio:ColorSpace", "sRGB");
     }
     if (request.format == "dpx") {
-        spec.attribute("oiio:BitsPerSample", 10);
+        layout.attribute("oiio:BitsPerSample", 10);
     }
     const std::vector<float> pixels = render(request, frame);
     auto output = OIIO::ImageOutput::create(path);
-    return output && output->open(path, spec) && output->write_image(OIIO::TypeDesc::FLOAT, pixels.data()) &&
-           output->close();
+    return output && output->open(path, layout) &&
+           output->write_image(OIIO::TypeDesc::FLOAT, pixels.data()) && output->close();
 }
 
 }  // namespace

@@ -250,21 +250,21 @@ std::array<uint32_t, 2> timeCode(int frame) {
 }
 
 bool writePicture(const std::string& path, int frame, const std::vector<float>& pixels) {
-    OIIO::ImageSpec spec(pictureWidth, pictureHeight, 4, OIIO::TypeDesc::HALF);
-    spec.channelnames = {"R", "G", "B", "A"};
-    spec.alpha_channel = 3;
-    spec.attribute("compression", "zip");
+    OIIO::ImageSpec layout(pictureWidth, pictureHeight, 4, OIIO::TypeDesc::HALF);
+    layout.channelnames = {"R", "G", "B", "A"};
+    layout.alpha_channel = 3;
+    layout.attribute("compression", "zip");
     const auto code = timeCode(frame);
-    spec.attribute("smpte:TimeCode", OIIO::TypeTimeCode, code.data());
+    layout.attribute("smpte:TimeCode", OIIO::TypeTimeCode, code.data());
     const std::array<int, 2> rate = {framesPerSecond, 1};
-    spec.attribute("FramesPerSecond", OIIO::TypeRational, rate.data());
-    spec.attribute("reelName", "A001_BALL");
-    spec.attribute("Software", "examples/MakeBall");
+    layout.attribute("FramesPerSecond", OIIO::TypeRational, rate.data());
+    layout.attribute("reelName", "A001_BALL");
+    layout.attribute("Software", "examples/MakeBall");
     // A date of the day would make every run's files differ.
-    spec.attribute("DateTime", "2024:01:01 00:00:00");
+    layout.attribute("DateTime", "2024:01:01 00:00:00");
     auto output = OIIO::ImageOutput::create(path);
-    return output && output->open(path, spec) && output->write_image(OIIO::TypeDesc::FLOAT, pixels.data()) &&
-           output->close();
+    return output && output->open(path, layout) &&
+           output->write_image(OIIO::TypeDesc::FLOAT, pixels.data()) && output->close();
 }
 
 // Stereo, 16-bit: a dull thump with a little rubber in it at each impact, panned to where the ball is.
