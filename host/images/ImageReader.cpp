@@ -11,10 +11,10 @@ std::unique_ptr<ImageReader> createImageReader() {
 }
 
 std::string readableFormats() {
-    std::string names = OIIO::get_string_attribute("input_format_list");
-    for (std::size_t comma = names.find(','); comma != std::string::npos;
-         comma = names.find(',', comma + 1)) {
-        names.insert(comma + 1, " ");
+    std::string names;
+    for (const char character : OIIO::get_string_attribute("input_format_list")) {
+        names += character;
+        names += character == ',' ? " " : "";
     }
     return names;
 }

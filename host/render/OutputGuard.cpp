@@ -1,6 +1,7 @@
 #include "host/render/OutputGuard.h"
 
 #include <fmt/format.h>
+#include <spdlog/spdlog.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,8 +49,10 @@ std::string freeName(const std::string& path, const char* mark, bool hidden) {
 OutputGuard::OutputGuard(std::string output, bool replace) : output(std::move(output)), replace(replace) {}
 
 OutputGuard::~OutputGuard() {
-    if (!aside.empty()) {
-        std::rename(aside.c_str(), output.c_str());
+    try {
+        settle(false);
+    } catch (const Failure& failure) {
+        spdlog::error("the former {} is in {} now: {}", output, aside, failure.what());
     }
 }
 

@@ -8,12 +8,12 @@ namespace Corvel {
 
 /// Where a render is, after a frame or within one.
 struct FrameProgress {
-    int frame = 0;              ///< number of the frame done last, or under way
-    int done = 0;               ///< frames done
-    int total = 0;              ///< frames in all
-    double fraction = 0;        ///< of the frame under way, 0 to 1
-    std::optional<double> fps;  ///< frames a second
-    std::optional<double> secondsLeft;
+    int frame = 0;                   ///< number of the frame done last, or under way
+    int done = 0;                    ///< frames done
+    int total = 0;                   ///< frames in all
+    double fraction = 0;             ///< of the frame under way, 0 to 1
+    std::optional<double> fps = {};  ///< frames a second
+    std::optional<double> secondsLeft = {};
     std::uint64_t bytes = 0;  ///< size of the movie so far
 };
 

@@ -1,0 +1,121 @@
+#include "host/render/ReadAhead.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <latch>
+#include <set>
+
+#include "tests/unit/host/FakeSource.h"
+
+namespace Corvel {
+namespace {
+
+std::vector<PlannedFrame> planOf(int count) {
+    std::vector<PlannedFrame> plan;
+    for (int i = 1; i <= count; ++i) {
+        plan.push_back({i, i});
+    }
+    return plan;
+}
+
+TEST(ReadAhead, GivesFramesInOrderWhateverThreadReadsThem) {
+    const FakeSource source({1});
+    ReadAhead sut(source, planOf(200), {4, 9});
+    for (int i = 1; i <= 200; ++i) {
+        const auto frame = sut.next();
+        ASSERT_TRUE(frame);
+        EXPECT_EQ(frame->planned.number, i);
+        EXPECT_EQ(frame->picture->row(0, 0)[0], static_cast<float>(i));
+    }
+    EXPECT_FALSE(sut.next());
+}
+
+TEST(ReadAhead, UsesNoMorePicturesThanItMay) {
+    const FakeSource source({1});
+    ReadAhead sut(source, planOf(100), {3, 4});
+    std::set<const Picture*> pictures;
+    while (const auto frame = sut.next()) {
+        pictures.insert(frame->picture);
+    }
+    EXPECT_LE(pictures.size(), 4u);
+}
+
+TEST(ReadAhead, WaitsForAPictureBeforeItBeginsAFrame) {
+    FakeSource source({1});
+    std::atomic<int> begun{0};
+    source.onRead = [&](int) { ++begun; };
+    ReadAhead sut(source, planOf(100), {2, 3});
+    for (int taken = 1; taken <= 10; ++taken) {
+        sut.next();
+        // The taker has one of the three pictures; each frame taken before gave its picture back.
+        EXPECT_LE(begun.load(), taken + 2);
+    }
+}
+
+TEST(ReadAhead, ReadsSeveralFramesAtOnce) {
+    FakeSource source({1});
+    std::latch bothReading(2);
+    source.onRead = [&](int number) {
+        if (number <= 2) {
+            bothReading.arrive_and_wait();  // for ever, were there one thread only
+        }
+    };
+    ReadAhead sut(source, planOf(2), {2, 5});
+    EXPECT_EQ(sut.next()->planned.number, 1);
+    EXPECT_EQ(sut.next()->planned.number, 2);
+}
+
+TEST(ReadAhead, ThrowsWhereTheUnreadableFrameHasItsTurn) {
+    FakeSource source({1});
+    source.onRead = [](int number) {
+        if (number == 3) {
+            throw UnreadableImage("frame3 is broken");
+        }
+    };
+    ReadAhead sut(source, planOf(5), {2, 5});
+    EXPECT_EQ(sut.next()->planned.number, 1);
+    EXPECT_EQ(sut.next()->planned.number, 2);
+    EXPECT_THROW(sut.next(), UnreadableImage);
+    EXPECT_EQ(sut.next()->planned.number, 4) << "the others can still be had";
+}
+
+TEST(ReadAhead, GivesNoPictureForABlackFrame) {
+    FakeSource source({1});
+    source.onRead = [](int) { FAIL() << "there is nothing to read"; };
+    ReadAhead sut(source, {{7, std::nullopt}}, {1, 2});
+    const auto frame = sut.next();
+    EXPECT_EQ(frame->planned.number, 7);
+    EXPECT_EQ(frame->picture, nullptr);
+}
+
+TEST(ReadAhead, CanBeGivenUpAtAnyTime) {
+    const FakeSource source({1});
+    for (int taken : {0, 1, 5}) {
+        ReadAhead sut(source, planOf(1000), {3, 7});
+        for (int i = 0; i < taken; ++i) {
+            sut.next();
+        }
+    }
+}
+
+TEST(ReadAheadLimits, HaveWorkForEveryThread) {
+    const ReadAhead::Limits limits = ReadAhead::limitsFor(4, 1000, 1'000'000);
+    EXPECT_EQ(limits.threads, 4u);
+    EXPECT_EQ(limits.pictures, 9u);
+}
+
+TEST(ReadAheadLimits, StayWithinTheMemory) {
+    const ReadAhead::Limits limits = ReadAhead::limitsFor(16, 100, 500);
+    EXPECT_EQ(limits.pictures, 5u);
+    EXPECT_EQ(limits.threads, 4u);
+}
+
+TEST(ReadAheadLimits, AllowTwoPicturesOfAnySize) {
+    const ReadAhead::Limits limits = ReadAhead::limitsFor(16, 1'000'000, 10);
+    EXPECT_EQ(limits.pictures, 2u);
+    EXPECT_EQ(limits.threads, 1u);
+}
+
+}  // namespace
+}  // namespace Corvel
