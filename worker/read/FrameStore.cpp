@@ -15,6 +15,8 @@ constexpr std::size_t framesAhead = 12;
 constexpr std::size_t longestStep = 8;
 /// Walking backwards, this many frames before the wanted one are decoded with it.
 constexpr std::size_t framesBehind = 8;
+/// In either direction, this many frames that the host has left behind are kept.
+constexpr std::size_t framesLeft = 4;
 /// A key packet no further ahead than this is reached by decoding on, since starting anew costs as much.
 constexpr std::size_t shortestJump = 4;
 /// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for before
@@ -184,8 +186,13 @@ void FrameStore::giveUpIfMissing() {
         failure.emplace(Status::CodecFailed, "frame " + std::to_string(anchor) + " of " + source->path + " is damaged");
 }
 
-/// Keeps within the budget: what the host is least likely to ask for goes first.
+/// Drops what the host is least likely to ask for: in one direction what lies behind it, and beyond the budget what
+/// lies furthest away.
 void FrameStore::evict() {
+    while (direction == Direction::Forward && !frames.empty() && frames.begin()->first + framesLeft < anchor)
+        drop(frames.begin());
+    while (direction == Direction::Backward && !frames.empty() && std::prev(frames.end())->first > anchor + framesLeft)
+        drop(std::prev(frames.end()));
     while (heldBytes > budget && frames.size() > 1) {
         const auto first = frames.begin();
         const auto last = std::prev(frames.end());
@@ -194,10 +201,13 @@ void FrameStore::evict() {
         const bool dropFirst = direction == Direction::Forward    ? below > 0
                                : direction == Direction::Backward ? above == 0
                                                                   : below > above;
-        const auto victim = dropFirst ? first : last;
-        heldBytes -= bytesOf(*victim->second);
-        frames.erase(victim);
+        drop(dropFirst ? first : last);
     }
+}
+
+void FrameStore::drop(Frames::iterator frame) {
+    heldBytes -= bytesOf(*frame->second);
+    frames.erase(frame);
 }
 
 }  // namespace Morvane::Worker

@@ -42,6 +42,8 @@ private:
     /// How the host has been asking.
     enum class Direction { None, Forward, Backward };
 
+    using Frames = std::map<std::size_t, std::shared_ptr<const AVFrame>>;
+
     /// Decoding from one key packet on.
     struct Run {
         bool active = false;
@@ -59,6 +61,7 @@ private:
     void decodeOne(std::unique_lock<std::mutex>& lock);
     void keep(DecodedFrame decoded);
     void evict();
+    void drop(Frames::iterator frame);
     void giveUpIfMissing();
 
     const FrameIndex& index;
@@ -68,7 +71,7 @@ private:
 
     std::mutex mutex;  // guards everything below
     std::condition_variable changed;
-    std::map<std::size_t, std::shared_ptr<const AVFrame>> frames;
+    Frames frames;
     std::size_t heldBytes = 0;
     std::size_t anchor = 0;  ///< the frame that was asked for last
     bool asked = false;      ///< somebody waits for it
