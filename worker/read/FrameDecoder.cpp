@@ -1,37 +1,13 @@
 #include "worker/read/FrameDecoder.h"
 
-extern "C" {
-#include <libavcodec/codec_desc.h>
-}
-
 #include <cerrno>
 #include <limits>
 #include <utility>
 
 #include "worker/Status.h"
+#include "worker/read/VideoDecoder.h"
 
 namespace Morvane::Worker {
-
-namespace {
-
-DecoderPointer openDecoder(const AVStream& stream, const std::string& path) {
-    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (codec == nullptr)
-        throw StatusError(Status::CodecFailed, "cannot decode " + path + ": there is no decoder for " +
-                                                   avcodec_get_name(stream.codecpar->codec_id));
-    DecoderPointer decoder(requireMemory(avcodec_alloc_context3(codec)));
-    int result = avcodec_parameters_to_context(decoder.get(), stream.codecpar);
-    decoder->thread_count = 0;  // as many as there are cores
-    decoder->pkt_timebase = stream.time_base;
-    if (result >= 0)
-        result = avcodec_open2(decoder.get(), codec, nullptr);
-    if (result < 0)
-        throw StatusError(statusOfLibraryError(result, Status::CodecFailed),
-                          "cannot decode " + path + ": " + libavReason(result));
-    return decoder;
-}
-
-}  // namespace
 
 FrameDecoder::FrameDecoder(SharedSource movie, const FrameIndex& frameIndex)
     : source(std::move(movie)),
@@ -42,10 +18,7 @@ FrameDecoder::FrameDecoder(SharedSource movie, const FrameIndex& frameIndex)
     startAt(0);
 }
 
-bool FrameDecoder::isIntraOnly() const {
-    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(decoder->codec_id);
-    return descriptor != nullptr && (descriptor->props & AV_CODEC_PROP_INTRA_ONLY) != 0;
-}
+bool FrameDecoder::isIntraOnly() const { return Worker::isIntraOnly(decoder->codec_id); }
 
 void FrameDecoder::startAt(std::size_t wanted) {
     avcodec_flush_buffers(decoder.get());
@@ -70,9 +43,9 @@ bool FrameDecoder::goTo(std::size_t wanted) {
     if (hasPacket && nextPacket == wanted)
         return true;
     // A format may stop somewhat behind the time that it is asked for: then from one key packet earlier.
-    if (input->seek(index.packet(wanted).showingTime) && matchFirstPacket(wanted))
+    if (input->seek(index.packet(wanted).seekTime) && matchFirstPacket(wanted))
         return true;
-    if (input->seek(index.packet(index.keyBefore(wanted)).showingTime) && matchFirstPacket(wanted))
+    if (input->seek(index.packet(index.keyBefore(wanted)).seekTime) && matchFirstPacket(wanted))
         return true;
     return input->rewind() && matchFirstPacket(wanted);
 }

@@ -1,23 +1,44 @@
 #include "worker/read/FrameIndex.h"
 
+extern "C" {
+#include <libavcodec/codec_desc.h>
+}
+
 #include <algorithm>
 #include <iterator>
 #include <numeric>
 
 #include "worker/read/MovieInput.h"
+#include "worker/read/ShowingOrder.h"
 
 namespace Morvane::Worker {
 
 namespace {
 
-/// When the packet is shown. Some formats lack it, or lack any time: what is missing is counted on from the packet
-/// before, since the order of the file is the order of decoding.
-std::int64_t showingTime(const AVPacket& packet, const std::vector<FrameIndex::Packet>& before) {
+/// When the packet is shown or, where it does not say, decoded; where it says nothing, after the one before.
+std::int64_t timeOf(const AVPacket& packet, const std::vector<FrameIndex::Packet>& before) {
     if (packet.pts != AV_NOPTS_VALUE)
         return packet.pts;
     if (packet.dts != AV_NOPTS_VALUE)
         return packet.dts;
-    return before.empty() ? 0 : before.back().showingTime + 1;
+    return before.empty() ? 0 : before.back().seekTime + 1;
+}
+
+bool reorders(AVCodecID codec) {
+    const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec);
+    return descriptor == nullptr || (descriptor->props & AV_CODEC_PROP_REORDER) != 0;
+}
+
+/// Some formats do not tell when a packet is shown, and only decoding does.
+void orderByDecoding(std::vector<FrameIndex::Packet>& packets, const SharedSource& source) {
+    for (FrameIndex::Packet& packet : packets)
+        packet.shown = false;
+    std::int64_t time = 0;
+    for (const std::size_t position : showingOrderByDecoding(source))
+        if (position < packets.size()) {
+            packets[position].shown = true;
+            packets[position].showingTime = time++;
+        }
 }
 
 }  // namespace
@@ -32,9 +53,15 @@ FrameIndex FrameIndex::ofMovie(const SharedSource& source) {
     input.listOnly();
     const PacketPointer packet(requireMemory(av_packet_alloc()));
     std::vector<Packet> listed;
-    while (input.readPacket(*packet))
-        listed.push_back({identify(input, *packet), showingTime(*packet, listed),
-                          (packet->flags & AV_PKT_FLAG_KEY) != 0, (packet->flags & AV_PKT_FLAG_DISCARD) == 0});
+    bool allTold = true;
+    while (input.readPacket(*packet)) {
+        const std::int64_t time = timeOf(*packet, listed);
+        listed.push_back({identify(input, *packet), time, time, (packet->flags & AV_PKT_FLAG_KEY) != 0,
+                          (packet->flags & AV_PKT_FLAG_DISCARD) == 0});
+        allTold = allTold && packet->pts != AV_NOPTS_VALUE;
+    }
+    if (!allTold && reorders(input.video().codecpar->codec_id))
+        orderByDecoding(listed, source);
     return FrameIndex(std::move(listed));
 }
 

@@ -34,7 +34,8 @@ public:
 
     struct Packet {
         Identity identity;
-        std::int64_t showingTime;
+        std::int64_t seekTime;     ///< finds the packet, or one before it
+        std::int64_t showingTime;  ///< rises with the order in which frames are shown
         bool key;    ///< decoding can start here
         bool shown;  ///< gives a frame that belongs to the movie; what an edit list cuts away is decoded only
     };

@@ -4,6 +4,7 @@ extern "C" {
 #include <libavutil/dict.h>
 }
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -60,11 +61,26 @@ MovieInput::MovieInput(const SharedSource& source) : file(source), context(openF
         throw StatusError(Status::CodecFailed, "cannot read " + path + ": it has no picture track");
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = static_cast<int>(i) == videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    keepPalette();
     // Samples are frames and have their times: nothing to be found by parsing, nothing to be guessed.
     if (isQuickTime()) {
         context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
         rewind();
     }
+}
+
+/// A demuxer gives the movie's palette with the first packet that it ever reads and never again. That packet is there,
+/// from finding out about the tracks, until the first seek.
+void MovieInput::keepPalette() {
+    if (video().codecpar->format != AV_PIX_FMT_PAL8)
+        return;
+    const PacketPointer first(requireMemory(av_packet_alloc()));
+    if (!readPacket(*first))
+        return;
+    std::size_t bytes = 0;
+    if (const std::uint8_t* data = av_packet_get_side_data(first.get(), AV_PKT_DATA_PALETTE, &bytes))
+        palette.assign(data, data + bytes);
+    rewind();
 }
 
 bool MovieInput::isQuickTime() const { return std::strstr(context->iformat->name, "mov") != nullptr; }
@@ -89,8 +105,12 @@ bool MovieInput::readPacket(AVPacket& packet) {
         av_packet_unref(&packet);
         if (av_read_frame(context.get(), &packet) < 0)
             return false;
-        if (packet.stream_index == videoIndex)
-            return true;
+        if (packet.stream_index != videoIndex)
+            continue;
+        if (!palette.empty() && av_packet_get_side_data(&packet, AV_PKT_DATA_PALETTE, nullptr) == nullptr)
+            std::copy(palette.begin(), palette.end(),
+                      requireMemory(av_packet_new_side_data(&packet, AV_PKT_DATA_PALETTE, palette.size())));
+        return true;
     }
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 #include "worker/read/FileSource.h"
 #include "worker/read/LibavPointers.h"
@@ -38,9 +40,12 @@ public:
     bool readPacket(AVPacket& packet);
 
 private:
+    void keepPalette();
+
     FileSource file;
     FormatPointer context;
     int videoIndex = -1;
+    std::vector<std::uint8_t> palette;  ///< as a packet carries it; empty: none
 };
 
 }  // namespace Morvane::Worker
