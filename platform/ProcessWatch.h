@@ -7,9 +7,9 @@
 
 namespace Morvane::Platform {
 
-/// Notices the death of one process, whoever its parent is, without reaping it. The worker watches its host with
-/// it and the host its worker. It is the whole process that counts: the end of one thread, also of the one that
-/// forked, means nothing. A dead child that nobody has waited for yet counts as dead.
+/// Notices the death of one process, whoever its parent is, without reaping it. The worker watches its host
+/// with it and the host its worker. It is the whole process that counts: the end of one thread, also of the
+/// one that forked, means nothing. A dead child that nobody has waited for yet counts as dead.
 ///
 /// Any thread may call any operation; several may wait at once.
 class ProcessWatch {
@@ -43,8 +43,8 @@ struct ProcessEnd {
     int number;      ///< the signal's number, else the exit code
 };
 
-/// How the calling process's own child `child` ended, nothing while it runs. Does not block and does not reap: a
-/// later wait for the child still finds it.
+/// How the calling process's own child `child` ended, nothing while it runs. Does not block and does not
+/// reap: a later wait for the child still finds it.
 std::optional<ProcessEnd> endOfChild(pid_t child);
 
 }  // namespace Morvane::Platform

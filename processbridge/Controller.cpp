@@ -81,7 +81,9 @@ std::string Controller::sharedText(std::uint64_t longest) const {
     if (start == nullptr) {
         return {};
     }
-    return {start, strnlen(start, std::min(longest, resources->dataFile.size()))};
+    return {
+        start,
+        strnlen(start, std::min({longest, resources->dataFile.size(), resources->dataFile.lengthOnDisk()}))};
 }
 
 }  // namespace Morvane::ProcessBridge

@@ -1,5 +1,6 @@
 #include "quicktime/QuickTimeCodecReaderIPCController.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 
@@ -131,7 +132,8 @@ void QuickTimeCodecReaderIPCController::completeFrame() {
     }
     const std::uint64_t bytes = frameBytes(width, height);
     const char* frame = sharedData();
-    if (frame == nullptr || resources->dataFile.size() < bytes) {
+    if (frame == nullptr ||
+        std::min(resources->dataFile.size(), resources->dataFile.lengthOnDisk()) < bytes) {
         result = answerTooShort;
         return;
     }

@@ -23,7 +23,7 @@ texts=("${sources[@]}" '*.md' '*.txt' '*.cmake' '*.py' '*.sh' '*.json' '*.in' co
 
 look 'unfinished work' '\b(TODO|FIXME|XXX|HACK|TBD)\b' "${texts[@]}"
 look 'work done inside assert' '\bassert\s*\(.*(\+\+|--|[^=!<>]=[^=])' "${sources[@]}"
-look 'names of a whole namespace taken in' '^\s*using\s+namespace\s+(std|boost)\b' "${sources[@]}"
+look 'names of a whole namespace taken in' '^\s*using\s+namespace\s+(std|boost)\s*;' "${sources[@]}"
 look 'headers and calls that the older of our compilers do not have' \
     '#include <(ranges|format|expected|print)>|std::(format|ranges|views)\b' "${sources[@]}"
 look 'unsafe calls' '\b(sprintf|strcpy|strcat|gets|tmpnam|mktemp)\s*\(' "${sources[@]}"

@@ -1,7 +1,9 @@
 #include "timecode/FrameRate.h"
 
 #include <cmath>
-#include <cstdio>
+#include <iomanip>
+#include <locale>
+#include <sstream>
 
 namespace Morvane::Timecode {
 
@@ -65,9 +67,11 @@ std::string FrameRate::rateText() const {
     if (!hasFlag()) {
         return std::to_string(nominalRate());
     }
-    char text[32];
-    std::snprintf(text, sizeof text, "%.3f", toFloat());
-    return text;
+    // Not snprintf, which writes the decimal point of the host's locale.
+    std::ostringstream text;
+    text.imbue(std::locale::classic());
+    text << std::fixed << std::setprecision(3) << toFloat();
+    return text.str();
 }
 
 std::string FrameRate::ratioText() const {

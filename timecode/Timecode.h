@@ -32,9 +32,8 @@ std::string formatTimecode(std::int64_t frame, FrameRate rate, Mode mode, bool s
 
 /// The frame that `text` names, less `offset` in the two time-code modes.
 /// - NonDrop and Drop: up to four fields separated by ":" or ";", the last one being frames; or digits alone,
-/// two
-///   a field ("10000000" is ten hours). Drop takes off 20 frames for every whole ten minutes at any rate, so
-///   it is deliberately not the inverse of `formatTimecode`.
+///   two a field ("10000000" is ten hours). Drop takes off 20 frames for every whole ten minutes at any rate,
+///   so it is deliberately not the inverse of `formatTimecode`.
 /// - `fieldCount`, where given, receives the number of fields present (empty ones count), else 4.
 /// - `invalidTimecode` for any other character, seconds or minutes above 59, frames not below the rate;
 /// - 0 for more than four fields, unreadable feet and frames, and a mode that does not exist.

@@ -34,9 +34,7 @@ void reportFailure(const std::string& reason, Status status) noexcept try {
     // Not enough memory for a line. The answer still carries the code.
 }
 
-void reportRemark(const std::string& remark) noexcept try {
-    writeLine(onOneLine(remark));
-} catch (...) {
+void reportRemark(const std::string& remark) noexcept try { writeLine(onOneLine(remark)); } catch (...) {
     // As above; a remark may be lost.
 }
 

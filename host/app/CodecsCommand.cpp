@@ -12,6 +12,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* footer =
+    "The second line of a codec says what each quality means to its encoder.\n"
     "The index, the type or the name (or the beginning of a name) is what `corvel render --codec` takes.\n"
     "\n"
     "Examples:\n"
@@ -40,6 +41,9 @@ void printTable(const std::vector<CodecFacts>& codecs) {
         fmt::print(fmt::runtime(row), codec.index, codec.type, codec.name, width, words(codec.facts["bits"]),
                    words(codec.facts["alpha"]), words(codec.facts["intra"]), words(codec.facts["lossless"]),
                    words(codec.facts["sizes"]));
+        if (const Json& quality = codec.facts["quality"]; quality.is_string()) {
+            fmt::print("{:>13}{}\n", "", quality.get<std::string>());
+        }
     }
 }
 

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
-#include <cmath>
 #include <filesystem>
 #include <numeric>
 
@@ -13,6 +12,7 @@
 #include "host/images/PlacePixels.h"
 #include "host/movies/RunningTimecode.h"
 #include "host/render/Failure.h"
+#include "timecode/FrameRate.h"
 
 namespace Corvel {
 namespace {
@@ -25,7 +25,8 @@ constexpr int srgb = 6;
 PictureHeader headerOfFrame(PictureHeader header, const MovieFacts& facts, int number) {
     const auto timecode = header.metadata.find("input/timecode");
     if (timecode != header.metadata.end()) {
-        const int nominalRate = static_cast<int>(std::ceil(facts.rate - 0.01));
+        const int nominalRate = static_cast<int>(
+            Morvane::Timecode::toFrameRateCode(static_cast<float>(facts.rate)).nominalRate());
         timecode->second = timecodeAfter(timecode->second, number - 1, nominalRate);
     }
     return header;

@@ -53,10 +53,10 @@ void applyThose(Write& node, const RenderRequest& request, Wanted wanted) {
 }
 
 void checkRate(double rate) {
-    if (!(rate > 0) || rate > 10000) {
+    if (!(rate > 0) || rate > 1000) {
         throw Failure(
             Exit::Usage,
-            fmt::format("{} frames a second are no frame rate; it is above 0 and at most 10000", rate));
+            fmt::format("{} frames a second are no frame rate; it is above 0 and at most 1000", rate));
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <optional>
 #include <thread>
 
@@ -95,6 +96,10 @@ Exit RenderRun::writeFrames() {
     } catch (const UnreadableImage& error) {
         spdlog::error("{} (frame {})", error.what(), plan.frames[static_cast<std::size_t>(written)].number);
         return Exit::InputUnreadable;
+    } catch (const std::exception& error) {
+        // Out of memory, say: what there is of the movie is kept all the same.
+        spdlog::error("frame {}: {}", plan.frames[static_cast<std::size_t>(written)].number, error.what());
+        return Exit::NodeFailed;
     }
     return written == static_cast<int>(plan.frames.size()) ? Exit::Done : Exit::Interrupted;
 }

@@ -5,9 +5,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <deque>
+#include <exception>
 #include <future>
 #include <optional>
 #include <thread>
@@ -16,12 +17,21 @@
 #include "host/images/ImageWriter.h"
 #include "host/images/SequencePattern.h"
 #include "host/movies/RunningTimecode.h"
+#include "host/render/MovieStart.h"
 #include "host/render/RateMeter.h"
+#include "timecode/FrameRate.h"
 
 namespace Corvel {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// Frames a second as time codes count them.
+int nominalRateOf(const RenderPlan& plan) {
+    const auto rate = plan.metadata.find("input/frame_rate");
+    const float fps = rate == plan.metadata.end() ? 24.0f : std::strtof(rate->second.c_str(), nullptr);
+    return static_cast<int>(Morvane::Timecode::toFrameRateCode(fps).nominalRate());
+}
 
 // A frame that is being written, with a picture of its own.
 struct Writing {
@@ -73,7 +83,7 @@ Exit ImageRun::run() {
     } catch (const UnreadableImage& error) {
         spdlog::error("{} (frame {})", error.what(), plan.frames[static_cast<std::size_t>(taken)].number);
         outcome = Exit::InputUnreadable;
-    } catch (const UnwritableImage& error) {
+    } catch (const std::exception& error) {
         spdlog::error(error.what());
         outcome = Exit::NodeFailed;
     }
@@ -81,7 +91,7 @@ Exit ImageRun::run() {
     while (!underWay.empty()) {
         try {
             finishOldest();
-        } catch (const UnwritableImage& error) {
+        } catch (const std::exception& error) {
             spdlog::error(error.what());
             outcome = Exit::NodeFailed;
         }
@@ -148,13 +158,13 @@ PictureHeader ImageRun::headerOf(const ReadAhead::Frame& frame) const {
     for (const auto& [key, value] : plan.metadata) {
         header.metadata.emplace(key, value);
     }
-    if (!request.timecode.empty()) {
-        const double fps = std::strtod(plan.metadata.count("input/frame_rate") != 0
-                                           ? plan.metadata.at("input/frame_rate").c_str()
-                                           : "24",
-                                       nullptr);
-        header.metadata["input/timecode"] =
-            timecodeAfter(request.timecode, taken, static_cast<int>(std::ceil(fps - 0.01)));
+    // A frame that fills a gap has the header of another one, or none; a time code from the person counts
+    // from the first frame.
+    const auto start = plan.metadata.find("input/timecode");
+    if (start != plan.metadata.end() &&
+        (!request.timecode.empty() || frame.planned.source != frame.planned.number)) {
+        const int position = frame.planned.number - plan.frames.front().number - plan.timecodeLead;
+        header.metadata["input/timecode"] = timecodeAfter(start->second, position, nominalRateOf(plan));
     }
     if (!request.reel.empty()) {
         header.metadata["quicktime/reel"] = request.reel;
@@ -180,7 +190,21 @@ void ImageRun::finishOldest() {
                       true);
 }
 
-void checkOptions(const RenderRequest& request) {
+void checkOptions(const RenderRequest& request, const RenderPlan& plan) {
+    if (!request.timecode.empty()) {
+        const int rate = std::max(nominalRateOf(plan), 1);
+        const std::string fault = timecodeFault(
+            request.timecode, Morvane::Timecode::FrameRate(static_cast<std::uint32_t>(rate), false));
+        if (!fault.empty()) {
+            throw Failure(Exit::Usage, fault);
+        }
+    }
+    const auto travels = [](const auto& pair) {
+        return pair.first.rfind("input/", 0) == 0 || pair.first.rfind("quicktime/", 0) == 0;
+    };
+    if (!std::all_of(request.metadata.begin(), request.metadata.end(), travels)) {
+        throw Failure(Exit::Usage, "images carry time code, reel and rate only; leave --metadata out");
+    }
     if (!request.knobs.empty() || request.advanced) {
         throw Failure(Exit::Usage, "images have no codec settings; leave the Write node's options out");
     }
@@ -199,7 +223,7 @@ bool writesImages(const std::string& output) {
 
 Exit renderImages(const RenderRequest& request, const RenderPlan& plan, const Interrupts& interrupts,
                   Reporter& reporter) {
-    checkOptions(request);
+    checkOptions(request, plan);
     if (!SequencePattern::parse(request.output) && plan.frames.size() > 1) {
         throw Failure(Exit::Usage, fmt::format("{} names one image, but there are {} frames; name them "
                                                "like shot.####.exr",

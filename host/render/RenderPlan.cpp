@@ -38,7 +38,8 @@ void checkOutput(const std::string& output, bool overwrite) {
     if (std::filesystem::is_directory(path, error)) {
         throw Failure(Exit::Usage, fmt::format("cannot write {}: it is a folder", output));
     }
-    if (const auto images = SequencePattern::parse(output)) {
+    const auto images = isWritableImageName(output) ? SequencePattern::parse(output) : std::nullopt;
+    if (images) {
         if (const std::map<int, std::string> files = images->findFiles(); !files.empty() && !overwrite) {
             throw Failure(Exit::Usage,
                           fmt::format("{} exists already; -y replaces it", files.begin()->second));

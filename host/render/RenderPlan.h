@@ -29,7 +29,8 @@ struct RenderPlan {
     /// Frames of the movie before the one whose header gave the time code; that one is not the first where
     /// the first ones are missing.
     int timecodeLead = 0;
-    /// Whether the input's time code becomes a track unasked: a movie's does, so that it is not lost on the way.
+    /// Whether the input's time code becomes a track unasked: a movie's does, so that it is not lost on the
+    /// way.
     bool carriesTimecode = false;
 };
 

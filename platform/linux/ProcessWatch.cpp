@@ -32,17 +32,20 @@ int remaining(const std::optional<Clock::time_point>& end) {
 
 }  // namespace
 
-// The kernel's process descriptor: it becomes readable when the last thread of the process has ended, and stays
-// bound to this process however often the number is used again. By number, since older C libraries lack the call.
+// The kernel's process descriptor: it becomes readable when the last thread of the process has ended, and
+// stays bound to this process however often the number is used again. By number, since older C libraries lack
+// the call.
 ProcessWatch::ProcessWatch(pid_t process)
     : watched(static_cast<int>(syscall(SYS_pidfd_open, process, 0))), wakeUp(-1) {
     if (watched == -1)
-        throw std::system_error(errno, std::generic_category(), "cannot watch process " + std::to_string(process));
+        throw std::system_error(errno, std::generic_category(),
+                                "cannot watch process " + std::to_string(process));
     wakeUp = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (wakeUp == -1) {
         const int reason = errno;
         close(watched);
-        throw std::system_error(reason, std::generic_category(), "cannot watch process " + std::to_string(process));
+        throw std::system_error(reason, std::generic_category(),
+                                "cannot watch process " + std::to_string(process));
     }
 }
 
@@ -51,7 +54,9 @@ ProcessWatch::~ProcessWatch() {
     close(wakeUp);
 }
 
-bool ProcessWatch::isDead() const { return isReadable(watched); }
+bool ProcessWatch::isDead() const {
+    return isReadable(watched);
+}
 
 ProcessWatch::Outcome ProcessWatch::wait(std::optional<std::chrono::milliseconds> timeout) const {
     std::optional<Clock::time_point> end;

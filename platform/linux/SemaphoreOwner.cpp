@@ -14,8 +14,8 @@ namespace {
 
 enum class Holds { Yes, No, Unknown };
 
-/// How a process's list of mappings shows a file: device and number. Not its name: the C library makes a semaphore
-/// under a passing name and then links it to the lasting one.
+/// How a process's list of mappings shows a file: device and number. Not its name: the C library makes a
+/// semaphore under a passing name and then links it to the lasting one.
 struct MappedFile {
     unsigned major, minor;
     ino_t number;
@@ -29,8 +29,8 @@ Holds holdsMapping(pid_t process, const MappedFile& file) {
         anything = true;
         unsigned major = 0, minor = 0;
         unsigned long number = 0;
-        if (std::sscanf(line.c_str(), "%*s %*s %*s %x:%x %lu", &major, &minor, &number) == 3 && number == file.number &&
-            major == file.major && minor == file.minor)
+        if (std::sscanf(line.c_str(), "%*s %*s %*s %x:%x %lu", &major, &minor, &number) == 3 &&
+            number == file.number && major == file.major && minor == file.minor)
             return Holds::Yes;
     }
     return anything ? Holds::No : Holds::Unknown;
@@ -67,7 +67,8 @@ pid_t ancestorWithSemaphore(const std::string& name) {
             return ancestor;
         unknown = unknown || (ancestor == parent && holds == Holds::Unknown);
     }
-    // An orphan's new parent is the system's first process or a session manager, never in the orphan's own session.
+    // An orphan's new parent is the system's first process or a session manager, never in the orphan's own
+    // session.
     return unknown && getsid(parent) == getsid(0) && getppid() == parent ? parent : 0;
 }
 

@@ -21,8 +21,8 @@ timespec toTimespec(std::chrono::nanoseconds duration) {
 
 }  // namespace
 
-// One kernel queue with two events; neither is cleared when it is read, so that every wait sees it. `wakeUp` is not
-// needed here.
+// One kernel queue with two events; neither is cleared when it is read, so that every wait sees it. `wakeUp`
+// is not needed here.
 ProcessWatch::ProcessWatch(pid_t process) : watched(kqueue()), wakeUp(-1) {
     struct kevent events[2];
     EV_SET(&events[0], static_cast<uintptr_t>(process), EVFILT_PROC, EV_ADD, NOTE_EXIT, 0, nullptr);
@@ -31,13 +31,18 @@ ProcessWatch::ProcessWatch(pid_t process) : watched(kqueue()), wakeUp(-1) {
         const int reason = errno;
         if (watched != -1)
             close(watched);
-        throw std::system_error(reason, std::generic_category(), "cannot watch process " + std::to_string(process));
+        throw std::system_error(reason, std::generic_category(),
+                                "cannot watch process " + std::to_string(process));
     }
 }
 
-ProcessWatch::~ProcessWatch() { close(watched); }
+ProcessWatch::~ProcessWatch() {
+    close(watched);
+}
 
-bool ProcessWatch::isDead() const { return wait(std::chrono::milliseconds(0)) == Outcome::Died; }
+bool ProcessWatch::isDead() const {
+    return wait(std::chrono::milliseconds(0)) == Outcome::Died;
+}
 
 ProcessWatch::Outcome ProcessWatch::wait(std::optional<std::chrono::milliseconds> timeout) const {
     using Clock = std::chrono::steady_clock;

@@ -27,8 +27,8 @@ sigset_t endSignals() {
 }  // namespace
 
 void prepareSignals() {
-    // Ctrl-C in a terminal reaches host and worker alike; the host finishes its movie with our help. A limit on the
-    // size of files is a failure of the write that meets it.
+    // Ctrl-C in a terminal reaches host and worker alike; the host finishes its movie with our help. A limit
+    // on the size of files is a failure of the write that meets it.
     for (const int ignored : {SIGINT, SIGQUIT, SIGHUP, SIGPIPE, SIGXFSZ})
         signal(ignored, SIG_IGN);
     signal(SIGTERM, SIG_DFL);

@@ -12,18 +12,19 @@
 
 namespace Morvane::Worker {
 
-/// Leaves the worker's end to SIGTERM and to the host's death: blocks the one in the calling thread, and so in every
-/// thread started later, whatever the host had set for it, and ignores the signals that a terminal sends to the host's
-/// whole process group. First thing of the program, while it has one thread.
+/// Leaves the worker's end to SIGTERM and to the host's death: blocks the one in the calling thread, and so
+/// in every thread started later, whatever the host had set for it, and ignores the signals that a terminal
+/// sends to the host's whole process group. First thing of the program, while it has one thread.
 void prepareSignals();
 
-/// Decides when the worker ends: on SIGTERM, or when its host has died, however that came about. Then it calls `end`
-/// once, on a thread of its own, and lets the worker finish what it is doing; a worker that has not finished by
-/// itself after the grace period is ended on the spot.
+/// Decides when the worker ends: on SIGTERM, or when its host has died, however that came about. Then it
+/// calls `end` once, on a thread of its own, and lets the worker finish what it is doing; a worker that has
+/// not finished by itself after the grace period is ended on the spot.
 class Lifetime {
 public:
-    /// Watches from now on. `end` must make the request loop return; `removeNames` is called, on any thread, only when
-    /// the grace period after the host's death has passed. Throws std::system_error where the host is dead already.
+    /// Watches from now on. `end` must make the request loop return; `removeNames` is called, on any thread,
+    /// only when the grace period after the host's death has passed. Throws std::system_error where the host
+    /// is dead already.
     Lifetime(pid_t host, std::function<void()> end, std::function<void()> removeNames);
 
     /// The worker has finished by itself.

@@ -32,7 +32,8 @@ void serve(const ProcessBridge::ResourceNames& names, std::unique_ptr<Mode> mode
     BridgeEnd bridge(names);
     RequestLoop loop(bridge, *mode);
     const pid_t host = findHost(names);
-    Lifetime lifetime(host, [&] { loop.end(); }, [&] { removeSharedObjects(names); });
+    Lifetime lifetime(
+        host, [&] { loop.end(); }, [&] { removeSharedObjects(names); });
     // Looked for again now that it is watched: its number could have changed hands in between.
     if (findHost(names) != host)
         throw std::runtime_error("the program that made this bridge has just ended");

@@ -98,8 +98,7 @@ void placeIndex(OutputFile& file, const UnplacedMovie& movie, bool indexFirst, s
                     placeAtEnd(file, movie, moov);
                     break;
             }
-            syncFolderOf(file.path());
-            return;
+            break;
         } catch (const StatusError& error) {
             if (i + 1 == places.size() || !lacksRoom(error.status)) {
                 throw;
@@ -107,6 +106,8 @@ void placeIndex(OutputFile& file, const UnplacedMovie& movie, bool indexFirst, s
             file.truncate(movie.end);
         }
     }
+    // Not among what is tried: the movie is whole, and must not be taken apart again.
+    syncFolderOf(file.path());
 }
 
 }  // namespace Morvane::Worker

@@ -82,8 +82,8 @@ int FileSource::read(std::uint8_t* buffer, int size) {
     return count;
 }
 
-// ISO/IEC 14496-12, 4.2: a file is a row of boxes, each a 32-bit size and a type; size 1 means that a 64-bit size
-// follows, size 0 that the box reaches to the end of the file.
+// ISO/IEC 14496-12, 4.2: a file is a row of boxes, each a 32-bit size and a type; size 1 means that a 64-bit
+// size follows, size 0 that the box reaches to the end of the file.
 std::vector<FileSource::Range> FileSource::mediaDataRanges() const {
     std::vector<Range> ranges;
     std::uint8_t header[16];
@@ -96,7 +96,8 @@ std::vector<FileSource::Range> FileSource::mediaDataRanges() const {
         constexpr std::uint64_t most = std::numeric_limits<std::int64_t>::max() / 2;
         if (!isLast && (size < static_cast<std::uint64_t>(headerBytes) || size > most))
             break;
-        const std::int64_t end = isLast ? static_cast<std::int64_t>(most) : at + static_cast<std::int64_t>(size);
+        const std::int64_t end =
+            isLast ? static_cast<std::int64_t>(most) : at + static_cast<std::int64_t>(size);
         if (std::memcmp(header + 4, "mdat", 4) == 0)
             ranges.push_back({at + headerBytes, end});
         if (isLast)

@@ -26,8 +26,9 @@ public:
     struct Range {
         std::int64_t begin, end;
     };
-    /// From now on, what is read within these ranges (in order, not overlapping) is not read at all: libav gets
-    /// memory of arbitrary content, also beyond the end of the file. For listing packets without their data.
+    /// From now on, what is read within these ranges (in order, not overlapping) is not read at all: libav
+    /// gets memory of arbitrary content, also beyond the end of the file. For listing packets without their
+    /// data.
     void skip(std::vector<Range> ranges) { skipped = std::move(ranges); }
 
     /// The contents of the file's media data atoms; empty for what is no QuickTime or MPEG-4 file.

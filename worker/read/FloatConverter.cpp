@@ -37,7 +37,8 @@ public:
     void convert(std::size_t y) {
         for (std::size_t component = 0; component < values.size(); ++component) {
             reader.read(static_cast<int>(component), static_cast<int>(y), frame.width, samples.data());
-            scales[component].apply(samples.data(), reader.sampleBytes(), target.width, values[component].data());
+            scales[component].apply(samples.data(), reader.sampleBytes(), target.width,
+                                    values[component].data());
         }
         const auto row = [&](std::size_t component) { return values[component].data(); };
         if (values.size() >= 3)
@@ -70,10 +71,11 @@ void FloatConverter::convert(const AVFrame& frame, const Orientation& orientatio
     if (!RowReader::isReadable(frame)) {
         const char* name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(frame.format));
         throw StatusError(Status::NotSupportedByCodec, std::string("pictures of pixel format ") +
-                                                           (name == nullptr ? "?" : name) + " cannot be converted");
+                                                           (name == nullptr ? "?" : name) +
+                                                           " cannot be converted");
     }
-    const RgbaRows target{rgba.data(), static_cast<std::size_t>(frame.width), static_cast<std::size_t>(frame.height),
-                          orientation};
+    const RgbaRows target{rgba.data(), static_cast<std::size_t>(frame.width),
+                          static_cast<std::size_t>(frame.height), orientation};
     if (isYcbcr(frame))
         convertYcbcr(frame, target);
     else

@@ -18,7 +18,9 @@ FrameDecoder::FrameDecoder(SharedSource movie, const FrameIndex& frameIndex)
     startAt(0);
 }
 
-bool FrameDecoder::isIntraOnly() const { return Worker::isIntraOnly(decoder->codec_id); }
+bool FrameDecoder::isIntraOnly() const {
+    return Worker::isIntraOnly(decoder->codec_id);
+}
 
 void FrameDecoder::startAt(std::size_t wanted) {
     avcodec_flush_buffers(decoder.get());
@@ -50,7 +52,8 @@ bool FrameDecoder::goTo(std::size_t wanted) {
     return input->rewind() && matchFirstPacket(wanted);
 }
 
-/// Reads on until the packet at `wanted` is the next one. False where it lies behind, or no packet can be told.
+/// Reads on until the packet at `wanted` is the next one. False where it lies behind, or no packet can be
+/// told.
 bool FrameDecoder::matchFirstPacket(std::size_t wanted) {
     hasPacket = false;
     std::optional<std::size_t> found;

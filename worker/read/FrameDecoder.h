@@ -18,16 +18,17 @@ struct DecodedFrame {
     std::size_t number;
 };
 
-/// Decodes a movie's pictures one after the other, from any key packet on. Damage in the file is no failure here: a
-/// frame that cannot be decoded just does not come. One thread at a time; libav decodes on threads of its own.
+/// Decodes a movie's pictures one after the other, from any key packet on. Damage in the file is no failure
+/// here: a frame that cannot be decoded just does not come. One thread at a time; libav decodes on threads of
+/// its own.
 class FrameDecoder {
 public:
-    /// `frameIndex` must be the file's, not empty, and outlive the decoder. Throws StatusError: as MovieInput; CodecFailed where the
-    /// codec is unknown or cannot be opened.
+    /// `frameIndex` must be the file's, not empty, and outlive the decoder. Throws StatusError: as
+    /// MovieInput; CodecFailed where the codec is unknown or cannot be opened.
     FrameDecoder(SharedSource movie, const FrameIndex& frameIndex);
 
-    /// Goes on from the packet at `position`, a key packet or the first. Throws StatusError (InputOutput) where the
-    /// file cannot be read there.
+    /// Goes on from the packet at `position`, a key packet or the first. Throws StatusError (InputOutput)
+    /// where the file cannot be read there.
     void startAt(std::size_t position);
 
     /// The packet that is decoded next.
@@ -36,8 +37,9 @@ public:
     /// Whether `next` has stopped at a `lastPacket`, so that nothing after it comes until `startAt`.
     bool hasStopped() const { return draining && !atEnd; }
 
-    /// The next frame in showing order; nothing at the end of the movie. Where `lastPacket` is given, no packet after
-    /// it is decoded, and nothing comes when all frames up to there have come. After nothing, only `startAt` goes on.
+    /// The next frame in showing order; nothing at the end of the movie. Where `lastPacket` is given, no
+    /// packet after it is decoded, and nothing comes when all frames up to there have come. After nothing,
+    /// only `startAt` goes on.
     std::optional<DecodedFrame> next(std::optional<std::size_t> lastPacket = std::nullopt);
 
     /// Whether every packet is a picture of its own.
@@ -59,8 +61,8 @@ private:
     bool hasPacket = false;  ///< `packet` is the one at `nextPacket`, read already
     std::size_t nextPacket = 0;
     std::int64_t firstTime = 0;  ///< frames shown earlier are not whole
-    bool draining = false;  ///< nothing more goes in
-    bool atEnd = false;     ///< because the file has no more
+    bool draining = false;       ///< nothing more goes in
+    bool atEnd = false;          ///< because the file has no more
 };
 
 }  // namespace Morvane::Worker

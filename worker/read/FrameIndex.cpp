@@ -65,8 +65,7 @@ FrameIndex FrameIndex::ofMovie(const SharedSource& source) {
     return FrameIndex(std::move(listed));
 }
 
-FrameIndex::FrameIndex(std::vector<Packet> listed)
-    : packets(std::move(listed)), byIdentity(packets.size()) {
+FrameIndex::FrameIndex(std::vector<Packet> listed) : packets(std::move(listed)), byIdentity(packets.size()) {
     for (std::size_t position = 0; position < packets.size(); ++position)
         if (packets[position].shown)
             frames.push_back(position);

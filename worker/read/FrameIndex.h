@@ -15,13 +15,14 @@ namespace Morvane::Worker {
 
 class MovieInput;
 
-/// Where every frame of a movie is: its packets in the order in which they are decoded, and for every frame, in the
-/// order in which frames are shown, the packet that it comes from. Built once, from the packets' times alone; nothing
-/// is decoded. Times are those of the picture track's time base. Immutable, so any thread may read it.
+/// Where every frame of a movie is: its packets in the order in which they are decoded, and for every frame,
+/// in the order in which frames are shown, the packet that it comes from. Built once, from the packets' times
+/// alone; nothing is decoded. Times are those of the picture track's time base. Immutable, so any thread may
+/// read it.
 class FrameIndex {
 public:
-    /// What stays the same when a packet is read again: where it lies and, in formats where edits can show the same
-    /// bytes twice, when.
+    /// What stays the same when a packet is read again: where it lies and, in formats where edits can show
+    /// the same bytes twice, when.
     struct Identity {
         std::int64_t position;
         std::int64_t size;
@@ -36,7 +37,7 @@ public:
         Identity identity;
         std::int64_t seekTime;     ///< finds the packet, or one before it
         std::int64_t showingTime;  ///< rises with the order in which frames are shown
-        bool key;    ///< decoding can start here
+        bool key;                  ///< decoding can start here
         bool shown;  ///< gives a frame that belongs to the movie; what an edit list cuts away is decoded only
     };
 
@@ -59,9 +60,9 @@ public:
     /// The frame that comes from the packet, nothing for one that is not shown.
     std::optional<std::size_t> frameOfPacket(std::size_t position) const;
 
-    /// The latest key packet from which `frame` can be decoded: it neither comes after the frame's packet nor is shown
-    /// after the frame, since a frame shown before the key frame that it follows in the file needs earlier ones too.
-    /// The first packet where there is no such key.
+    /// The latest key packet from which `frame` can be decoded: it neither comes after the frame's packet nor
+    /// is shown after the frame, since a frame shown before the key frame that it follows in the file needs
+    /// earlier ones too. The first packet where there is no such key.
     std::size_t startFor(std::size_t frame) const;
 
     /// The latest key packet before `position`; the first packet where there is none.

@@ -19,8 +19,8 @@ constexpr std::size_t framesBehind = 8;
 constexpr std::size_t framesLeft = 4;
 /// A key packet no further ahead than this is reached by decoding on, since starting anew costs as much.
 constexpr std::size_t shortestJump = 4;
-/// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for before
-/// one counts as missing.
+/// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for
+/// before one counts as missing.
 constexpr std::size_t patience = 16;
 
 std::size_t bytesOf(const AVFrame& frame) {
@@ -105,7 +105,9 @@ bool FrameStore::hasWork() const {
     return isWantedMissing() || (direction == Direction::Forward && run.active && !isAheadEnough());
 }
 
-bool FrameStore::isWantedMissing() const { return asked && frames.count(anchor) == 0; }
+bool FrameStore::isWantedMissing() const {
+    return asked && frames.count(anchor) == 0;
+}
 
 bool FrameStore::isAheadEnough() const {
     const auto firstAhead = frames.upper_bound(anchor);
@@ -113,25 +115,28 @@ bool FrameStore::isAheadEnough() const {
     return ahead >= framesAhead || (ahead > 0 && ahead * bytesOf(*firstAhead->second) > budget / 2);
 }
 
-/// Decides, once for each question, where decoding leads to the wanted frame: the packet to start anew from; nothing
-/// where decoding on does. Afterwards only `giveUpIfMissing` starts anew, so that every question comes to an end.
+/// Decides, once for each question, where decoding leads to the wanted frame: the packet to start anew from;
+/// nothing where decoding on does. Afterwards only `giveUpIfMissing` starts anew, so that every question
+/// comes to an end.
 std::optional<std::size_t> FrameStore::takeNewStart() {
     if (!isWantedMissing())
         return std::nullopt;
     if (decided)
         return std::exchange(restartAt, std::nullopt);
     decided = true;
-    const std::size_t first = direction == Direction::Backward ? anchor - std::min(anchor, framesBehind) : anchor;
+    const std::size_t first =
+        direction == Direction::Backward ? anchor - std::min(anchor, framesBehind) : anchor;
     const std::size_t start = index.startFor(first);
     const bool goesIn = !decoder.hasStopped() || decoder.position() > index.packetOfFrame(anchor);
-    const bool comes = run.active && run.start <= index.startFor(anchor) && run.nextNumber <= anchor && goesIn;
+    const bool comes =
+        run.active && run.start <= index.startFor(anchor) && run.nextNumber <= anchor && goesIn;
     if (comes && start <= decoder.position() + shortestJump)
         return std::nullopt;
     return start;
 }
 
-/// The packet after which nothing needs to be decoded any more; nothing where frames ahead are welcome, or where a
-/// decoder that has been emptied would have to start far behind.
+/// The packet after which nothing needs to be decoded any more; nothing where frames ahead are welcome, or
+/// where a decoder that has been emptied would have to start far behind.
 std::optional<std::size_t> FrameStore::lastPacketNeeded() const {
     if (direction == Direction::Forward || !decoder.isIntraOnly() || !isWantedMissing())
         return std::nullopt;
@@ -173,8 +178,8 @@ void FrameStore::keep(DecodedFrame decoded) {
     heldBytes += bytesOf(*place->second);
 }
 
-/// A frame that has been passed by does not come any more. It gets one more chance from the key packet before the one
-/// that should do, since not every movie marks its keys rightly.
+/// A frame that has been passed by does not come any more. It gets one more chance from the key packet before
+/// the one that should do, since not every movie marks its keys rightly.
 void FrameStore::giveUpIfMissing() {
     const bool passed = !run.active || run.nextNumber > anchor + patience;
     if (!isWantedMissing() || !passed)
@@ -183,15 +188,17 @@ void FrameStore::giveUpIfMissing() {
     if (run.start > earlier)
         restartAt = earlier;
     else
-        failure.emplace(Status::CodecFailed, "frame " + std::to_string(anchor) + " of " + source->path + " is damaged");
+        failure.emplace(Status::CodecFailed,
+                        "frame " + std::to_string(anchor) + " of " + source->path + " is damaged");
 }
 
-/// Drops what the host is least likely to ask for: in one direction what lies behind it, and beyond the budget what
-/// lies furthest away.
+/// Drops what the host is least likely to ask for: in one direction what lies behind it, and beyond the
+/// budget what lies furthest away.
 void FrameStore::evict() {
     while (direction == Direction::Forward && !frames.empty() && frames.begin()->first + framesLeft < anchor)
         drop(frames.begin());
-    while (direction == Direction::Backward && !frames.empty() && std::prev(frames.end())->first > anchor + framesLeft)
+    while (direction == Direction::Backward && !frames.empty() &&
+           std::prev(frames.end())->first > anchor + framesLeft)
         drop(std::prev(frames.end()));
     while (heldBytes > budget && frames.size() > 1) {
         const auto first = frames.begin();

@@ -15,9 +15,10 @@
 
 namespace Morvane::Worker {
 
-/// Gives any frame of a movie, quickly in whatever order a host asks. A thread of its own decodes: forwards it stays
-/// ahead of the host and never goes back; backwards each group of pictures is decoded once and kept while the host
-/// walks down through it; a jump decodes just what the frame needs. What is kept is bounded in bytes.
+/// Gives any frame of a movie, quickly in whatever order a host asks. A thread of its own decodes: forwards
+/// it stays ahead of the host and never goes back; backwards each group of pictures is decoded once and kept
+/// while the host walks down through it; a jump decodes just what the frame needs. What is kept is bounded in
+/// bytes.
 ///
 /// One thread at a time asks.
 class FrameStore {
@@ -28,9 +29,10 @@ public:
     FrameStore(const FrameStore&) = delete;
     FrameStore& operator=(const FrameStore&) = delete;
 
-    /// Frame `number`, counted from 0, as the codec gives it. Blocks until it is decoded. The picture must not be
-    /// written to. Throws StatusError: CodecFailed for a frame that is damaged or lies beyond where the file has been
-    /// cut, naming it; InputOutput where the file cannot be read. REQUIRES: number < frameCount of the index.
+    /// Frame `number`, counted from 0, as the codec gives it. Blocks until it is decoded. The picture must
+    /// not be written to. Throws StatusError: CodecFailed for a frame that is damaged or lies beyond where
+    /// the file has been cut, naming it; InputOutput where the file cannot be read. REQUIRES: number <
+    /// frameCount of the index.
     std::shared_ptr<const AVFrame> frame(std::size_t number);
 
     /// Lets a running `frame` return early, by a StatusError. Any thread.
@@ -79,7 +81,7 @@ private:
     bool decided = false;    ///< where decoding leads to the anchor
     Direction direction = Direction::Forward;
     Run run;
-    std::optional<StatusError> failure;  ///< why the anchor does not come
+    std::optional<StatusError> failure;    ///< why the anchor does not come
     std::optional<std::size_t> restartAt;  ///< the anchor did not come and is tried for from here
     bool stopping = false;
 

@@ -63,8 +63,8 @@ std::string MovieDescription::text() const {
     std::string text;
     for (const std::string& number :
          {Property::numberText(width), Property::numberText(height), Property::numberText(channels),
-          Property::numberText(framesPerSecond), Property::numberText(aspect.num), Property::numberText(aspect.den),
-          Property::numberText(frames), Property::numberText(bits)})
+          Property::numberText(framesPerSecond), Property::numberText(aspect.num),
+          Property::numberText(aspect.den), Property::numberText(frames), Property::numberText(bits)})
         text += (text.empty() ? "" : " ") + number;
     return text;
 }

@@ -15,9 +15,9 @@ namespace Morvane::Worker {
 
 /// What a movie's pictures are, as they are shown: turned as the movie says.
 struct MovieDescription {
-    int width = 0;   ///< pixels
-    int height = 0;  ///< pixels
-    int channels = 3;  ///< 4 with alpha
+    int width = 0;            ///< pixels
+    int height = 0;           ///< pixels
+    int channels = 3;         ///< 4 with alpha
     AVRational rate{0, 1};    ///< frames a second; the average where it varies
     AVRational aspect{1, 1};  ///< of a pixel, width to height
     std::int64_t frames = 0;

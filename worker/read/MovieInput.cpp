@@ -14,7 +14,8 @@ namespace Morvane::Worker {
 
 namespace {
 
-/// Play lists and reference movies name other files and addresses. None is opened: a host reads the file it named.
+/// Play lists and reference movies name other files and addresses. None is opened: a host reads the file it
+/// named.
 int refuseToOpen(AVFormatContext*, AVIOContext** io, const char*, int, AVDictionary**) {
     *io = nullptr;
     return AVERROR(EPERM);
@@ -69,8 +70,8 @@ MovieInput::MovieInput(const SharedSource& source) : file(source), context(openF
     }
 }
 
-/// A demuxer gives the movie's palette with the first packet that it ever reads and never again. That packet is there,
-/// from finding out about the tracks, until the first seek.
+/// A demuxer gives the movie's palette with the first packet that it ever reads and never again. That packet
+/// is there, from finding out about the tracks, until the first seek.
 void MovieInput::keepPalette() {
     if (video().codecpar->format != AV_PIX_FMT_PAL8)
         return;
@@ -83,7 +84,9 @@ void MovieInput::keepPalette() {
     rewind();
 }
 
-bool MovieInput::isQuickTime() const { return std::strstr(context->iformat->name, "mov") != nullptr; }
+bool MovieInput::isQuickTime() const {
+    return std::strstr(context->iformat->name, "mov") != nullptr;
+}
 
 void MovieInput::listOnly() {
     if (isQuickTime())

@@ -9,12 +9,12 @@
 
 namespace Morvane::Worker {
 
-/// A movie file opened for reading packets: libav's demuxer on one file, with the picture track chosen. Only this
-/// file is ever opened, whatever it refers to. One thread at a time.
+/// A movie file opened for reading packets: libav's demuxer on one file, with the picture track chosen. Only
+/// this file is ever opened, whatever it refers to. One thread at a time.
 class MovieInput {
 public:
-    /// Finds out what the file's tracks are. Throws StatusError: CodecFailed for nothing that libav can read, or
-    /// without pictures; InputOutput.
+    /// Finds out what the file's tracks are. Throws StatusError: CodecFailed for nothing that libav can read,
+    /// or without pictures; InputOutput.
     explicit MovieInput(const SharedSource& source);
 
     AVFormatContext& format() { return *context; }
@@ -23,10 +23,12 @@ public:
     AVStream& video() { return *context->streams[videoIndex]; }
     const AVStream& video() const { return *context->streams[videoIndex]; }
 
-    /// Whether the file is of the QuickTime and MPEG-4 family, whose samples are whole frames with exact times.
+    /// Whether the file is of the QuickTime and MPEG-4 family, whose samples are whole frames with exact
+    /// times.
     bool isQuickTime() const;
 
-    /// From now on only packets of the picture track come, and without their data where that spares reading it.
+    /// From now on only packets of the picture track come, and without their data where that spares reading
+    /// it.
     void listOnly();
 
     /// Goes to the first packet. False where the format cannot; reading goes on from anywhere then.
@@ -35,8 +37,8 @@ public:
     /// Goes to a packet at or before `time` (of the picture track's time base), if the format can.
     bool seek(std::int64_t time);
 
-    /// Reads the next packet of the picture track; false at the end of the file, or where it cannot be read any
-    /// further.
+    /// Reads the next packet of the picture track; false at the end of the file, or where it cannot be read
+    /// any further.
     bool readPacket(AVPacket& packet);
 
 private:

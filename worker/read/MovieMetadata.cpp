@@ -70,13 +70,14 @@ std::string fourCharacters(std::uint32_t tag) {
 
 Pairs movieMetadata(const MovieInput& input, const MovieDescription& description) {
     const AVCodecParameters& parameters = *input.video().codecpar;
-    Pairs all = {{"input/timecode", valueAnywhere(input, "timecode")},
-                 {"quicktime/reel", valueAnywhere(input, "reel_name")},
-                 {"input/frame_rate", description.rate.num > 0 ? Property::numberText(av_q2d(description.rate)) : ""},
-                 {"quicktime/codec_id", codecId(parameters)},
-                 {"quicktime/codec_name", codecName(parameters)},
-                 {"quicktime/encoder", valueAnywhere(input, "encoder")},
-                 {"quicktime/alpha", alpha(input, description)}};
+    Pairs all = {
+        {"input/timecode", valueAnywhere(input, "timecode")},
+        {"quicktime/reel", valueAnywhere(input, "reel_name")},
+        {"input/frame_rate", description.rate.num > 0 ? Property::numberText(av_q2d(description.rate)) : ""},
+        {"quicktime/codec_id", codecId(parameters)},
+        {"quicktime/codec_name", codecName(parameters)},
+        {"quicktime/encoder", valueAnywhere(input, "encoder")},
+        {"quicktime/alpha", alpha(input, description)}};
     std::erase_if(all, [](const auto& pair) { return pair.second.empty(); });
     append(all, input.format().metadata);
     append(all, input.video().metadata);

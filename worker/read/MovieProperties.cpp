@@ -30,11 +30,14 @@ public:
         property->values[0] = value;
         list.push_back(std::move(property));
     }
-    void text(const std::string& name, const char* value) { text(name, std::string(value == nullptr ? "" : value)); }
+    void text(const std::string& name, const char* value) {
+        text(name, std::string(value == nullptr ? "" : value));
+    }
 
     /// Numbers beyond an Int's range travel as text.
     void number(const std::string& name, std::int64_t value) {
-        if (value < std::numeric_limits<std::int32_t>::min() || value > std::numeric_limits<std::int32_t>::max())
+        if (value < std::numeric_limits<std::int32_t>::min() ||
+            value > std::numeric_limits<std::int32_t>::max())
             return text(name, std::to_string(value));
         auto property = std::make_unique<Property::Int>(prefix + name, 1);
         property->values[0] = static_cast<std::int32_t>(value);
@@ -119,7 +122,8 @@ void addTrack(TrackWriter& track, const AVStream& stream) {
     if (stream.codecpar->codec_id != AV_CODEC_ID_NONE)
         track.text("codec_name", avcodec_get_name(stream.codecpar->codec_id));
     if (stream.duration > 0)
-        track.text("duration", Property::numberText(static_cast<double>(stream.duration) * av_q2d(stream.time_base)));
+        track.text("duration",
+                   Property::numberText(static_cast<double>(stream.duration) * av_q2d(stream.time_base)));
     track.positive("samples", stream.nb_frames);
     track.positive("bit_rate", stream.codecpar->bit_rate);
     if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO)

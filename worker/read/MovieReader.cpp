@@ -19,16 +19,20 @@ MovieReader::MovieReader(const std::string& path, Access access)
         return;
     // Controllers count a frame's bytes in 32 signed bits.
     if (pictures.frameBytes() > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()))
-        throw StatusError(Status::NotSupportedByCodec, "frames of " + path + " are too large to be handed over");
+        throw StatusError(Status::NotSupportedByCodec,
+                          "frames of " + path + " are too large to be handed over");
     store = std::make_unique<FrameStore>(source, index);
-    converter = std::make_unique<FloatConverter>(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
+    converter =
+        std::make_unique<FloatConverter>(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
 }
 
 std::vector<std::pair<std::string, std::string>> MovieReader::metadata() const {
     return movieMetadata(input, pictures);
 }
 
-Property::PropertyList MovieReader::properties() const { return movieProperties(input, pictures); }
+Property::PropertyList MovieReader::properties() const {
+    return movieProperties(input, pictures);
+}
 
 void MovieReader::decode(std::int64_t number) {
     const std::string frame = "frame " + std::to_string(number) + " of " + source->path;
@@ -36,18 +40,22 @@ void MovieReader::decode(std::int64_t number) {
         throw StatusError(Status::BadArgument,
                           "there is no " + frame + ", which has " + std::to_string(pictures.frames));
     if (store == nullptr)
-        throw StatusError(Status::BadArgument, "cannot read " + frame + ": it is open for its description only");
+        throw StatusError(Status::BadArgument,
+                          "cannot read " + frame + ": it is open for its description only");
     if (source->hasChanged())
         throw StatusError(Status::InputOutput, "cannot read " + frame + ": the file has been written into");
     current = store->frame(static_cast<std::size_t>(number));
     const Orientation& turn = pictures.orientation;
-    const auto width = static_cast<std::size_t>(current->width), height = static_cast<std::size_t>(current->height);
+    const auto width = static_cast<std::size_t>(current->width),
+               height = static_cast<std::size_t>(current->height);
     if (turn.shownWidth(width, height) != static_cast<std::size_t>(pictures.width) ||
         turn.shownHeight(width, height) != static_cast<std::size_t>(pictures.height))
         throw StatusError(Status::CodecFailed, frame + " has not the size of the movie");
 }
 
-void MovieReader::convert(std::span<float> rgba) { converter->convert(*current, pictures.orientation, rgba); }
+void MovieReader::convert(std::span<float> rgba) {
+    converter->convert(*current, pictures.orientation, rgba);
+}
 
 void MovieReader::interrupt() {
     if (store != nullptr)

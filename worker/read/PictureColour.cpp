@@ -37,7 +37,8 @@ AVColorSpace likelyMatrix(const AVFrame& frame) {
 PictureColour PictureColour::of(const AVFrame& frame) {
     const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
     PictureColour colour;
-    const bool saysMatrix = frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RESERVED;
+    const bool saysMatrix =
+        frame.colorspace != AVCOL_SPC_UNSPECIFIED && frame.colorspace != AVCOL_SPC_RESERVED;
     const bool impossible = frame.colorspace == AVCOL_SPC_RGB && isYcbcr(format);
     colour.matrix = saysMatrix && !impossible ? frame.colorspace : likelyMatrix(frame);
     if (frame.color_range == AVCOL_RANGE_UNSPECIFIED)

@@ -12,8 +12,9 @@ struct PictureColour {
     bool fullRange = false;
     AVChromaLocation chromaLocation = AVCHROMA_LOC_LEFT;  ///< never unspecified
 
-    /// What the picture says of itself; where it says nothing, what its kind and size make likely: RGB and grey are
-    /// full range; YCbCr is video range, with BT.601's matrix up to standard definition and BT.709's beyond.
+    /// What the picture says of itself; where it says nothing, what its kind and size make likely: RGB and
+    /// grey are full range; YCbCr is video range, with BT.601's matrix up to standard definition and BT.709's
+    /// beyond.
     static PictureColour of(const AVFrame& frame);
 };
 

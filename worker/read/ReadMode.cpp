@@ -70,7 +70,9 @@ void ReadMode::closeFile(const Task&, Request&) {
     movie.reset();
 }
 
-void ReadMode::description(const Task&, Request& request) { request.answer(openMovie().description().text()); }
+void ReadMode::description(const Task&, Request& request) {
+    request.answer(openMovie().description().text());
+}
 
 void ReadMode::metadata(const Task&, Request& request) {
     std::vector<std::string> fields;
@@ -88,7 +90,8 @@ void ReadMode::properties(const Task&, Request& request) {
 void ReadMode::readFrame(const Task& task, Request& request) {
     MovieReader& reader = openMovie();
     reader.decode(task.frame);
-    // The pixels go straight into the file that host and worker share; a mapping begins at a page, so floats lie right.
+    // The pixels go straight into the file that host and worker share; a mapping begins at a page, so floats
+    // lie right.
     const auto bytes = request.answerWithData(reader.description().frameBytes());
     reader.convert({reinterpret_cast<float*>(bytes.data()), bytes.size() / sizeof(float)});
 }

@@ -11,8 +11,8 @@ namespace Morvane::Worker {
 
 /// The worker as a reader ("read"): one movie open at a time. The requests stand in docs/protocol.md.
 ///
-/// Legal order: `openFile`; description, metadata, properties and frames in any order; `closeFile`; then the next
-/// movie. What comes out of order is answered BadArgument and changes nothing.
+/// Legal order: `openFile`; description, metadata, properties and frames in any order; `closeFile`; then the
+/// next movie. What comes out of order is answered BadArgument and changes nothing.
 class ReadMode : public Mode {
 public:
     void handle(Request& request) override;

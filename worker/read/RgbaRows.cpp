@@ -16,7 +16,8 @@ void interleave(float* target, std::size_t count, const float* red, const float*
     const auto opaque = hn::Set(lanes, 1.0f);
     std::size_t x = 0;
     for (; x + step <= count; x += step)
-        hn::StoreInterleaved4(hn::LoadU(lanes, red + x), hn::LoadU(lanes, green + x), hn::LoadU(lanes, blue + x),
+        hn::StoreInterleaved4(hn::LoadU(lanes, red + x), hn::LoadU(lanes, green + x),
+                              hn::LoadU(lanes, blue + x),
                               alpha == nullptr ? opaque : hn::LoadU(lanes, alpha + x), lanes, target + 4 * x);
     for (; x < count; ++x) {
         target[4 * x] = red[x];

@@ -9,7 +9,8 @@ namespace {
 
 constexpr bool machineIsBigEndian = std::endian::native == std::endian::big;
 
-/// A palette's entry is one 32-bit word, A, R, G, B from its highest byte: how far each component lies from the lowest.
+/// A palette's entry is one 32-bit word, A, R, G, B from its highest byte: how far each component lies from
+/// the lowest.
 constexpr int paletteShift[] = {16, 8, 0, 24};
 
 }  // namespace
@@ -31,13 +32,21 @@ bool RowReader::isReadable(const AVFrame& frame) {
     return format != nullptr && (format->flags & strange) == 0 && format->nb_components > 0;
 }
 
-bool RowReader::isFloat() const { return (format.flags & AV_PIX_FMT_FLAG_FLOAT) != 0; }
+bool RowReader::isFloat() const {
+    return (format.flags & AV_PIX_FMT_FLAG_FLOAT) != 0;
+}
 
-bool RowReader::hasPalette() const { return (format.flags & AV_PIX_FMT_FLAG_PAL) != 0; }
+bool RowReader::hasPalette() const {
+    return (format.flags & AV_PIX_FMT_FLAG_PAL) != 0;
+}
 
-int RowReader::components() const { return hasPalette() ? 4 : format.nb_components; }
+int RowReader::components() const {
+    return hasPalette() ? 4 : format.nb_components;
+}
 
-int RowReader::depth(int component) const { return hasPalette() ? 8 : format.comp[component].depth; }
+int RowReader::depth(int component) const {
+    return hasPalette() ? 8 : format.comp[component].depth;
+}
 
 /// Whether the rows in memory are just what is to be read.
 bool RowReader::isPlain(int component) const {
@@ -60,7 +69,8 @@ void RowReader::read(int component, int y, int count, void* row) const {
         return;
     }
     const std::uint8_t* planes[4] = {frame.data[0], frame.data[1], frame.data[2], frame.data[3]};
-    av_read_image_line2(row, planes, frame.linesize, &format, 0, y, component, count, 0, static_cast<int>(bytes));
+    av_read_image_line2(row, planes, frame.linesize, &format, 0, y, component, count, 0,
+                        static_cast<int>(bytes));
 }
 
 void RowReader::readThroughPalette(int component, int y, int count, std::uint16_t* row) const {

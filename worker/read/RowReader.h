@@ -10,8 +10,9 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-/// Reads single rows of a decoded picture, whatever its pixel format: planar or packed, of either byte order, with a
-/// palette or not. Copies nothing but the rows that are asked for. Any thread, while the picture lives.
+/// Reads single rows of a decoded picture, whatever its pixel format: planar or packed, of either byte order,
+/// with a palette or not. Copies nothing but the rows that are asked for. Any thread, while the picture
+/// lives.
 class RowReader {
 public:
     /// REQUIRES: isReadable(source).

@@ -42,7 +42,9 @@ SourceFile::SourceFile(const std::string& filePath) : path(filePath), descriptor
     modified = modificationTime(state);
 }
 
-SourceFile::~SourceFile() { close(descriptor); }
+SourceFile::~SourceFile() {
+    close(descriptor);
+}
 
 std::int64_t SourceFile::read(void* buffer, std::size_t size, std::int64_t position) const {
     ssize_t count;

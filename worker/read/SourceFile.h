@@ -7,8 +7,8 @@
 
 namespace Morvane::Worker {
 
-/// A file that is open for reading. Everything that reads a movie shares one, so that it is the same file for all of
-/// them whatever becomes of its name. Immutable, so any thread may use it.
+/// A file that is open for reading. Everything that reads a movie shares one, so that it is the same file for
+/// all of them whatever becomes of its name. Immutable, so any thread may use it.
 class SourceFile {
 public:
     /// Throws StatusError: NotFound, NoPermission, BadArgument for what is no regular file.
@@ -20,7 +20,8 @@ public:
     /// Bytes that the file had when it was opened.
     std::int64_t size() const { return length; }
 
-    /// Reads up to `size` bytes from `position` on. The number of bytes, 0 at the end, or -1 with `errno` set.
+    /// Reads up to `size` bytes from `position` on. The number of bytes, 0 at the end, or -1 with `errno`
+    /// set.
     std::int64_t read(void* buffer, std::size_t size, std::int64_t position) const;
 
     /// Whether somebody has written into the file since it was opened, other than at its end.

@@ -6,8 +6,8 @@
 
 namespace Morvane::Worker {
 
-/// A decoder for `stream`, with as many threads as there are cores. `path` is for messages. Throws StatusError
-/// (CodecFailed, NoMemory).
+/// A decoder for `stream`, with as many threads as there are cores. `path` is for messages. Throws
+/// StatusError (CodecFailed, NoMemory).
 DecoderPointer openDecoder(const AVStream& stream, const std::string& path);
 
 /// Whether every packet of `codec` is a picture of its own.

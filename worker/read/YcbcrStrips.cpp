@@ -21,9 +21,13 @@ namespace {
 constexpr std::size_t alignment = 64;  // bytes; of every row, for zimg's vector instructions
 constexpr int usualRowsOfStrip = 64;
 
-int roundUp(int value, int shift) { return (value + (1 << shift) - 1) >> shift << shift; }
+int roundUp(int value, int shift) {
+    return (value + (1 << shift) - 1) >> shift << shift;
+}
 
-std::size_t alignedBytes(std::size_t bytes) { return (bytes + alignment - 1) / alignment * alignment; }
+std::size_t alignedBytes(std::size_t bytes) {
+    return (bytes + alignment - 1) / alignment * alignment;
+}
 
 [[noreturn]] void fail() {
     char reason[256] = "";
@@ -36,8 +40,8 @@ void check(zimg_error_code_e result) {
         fail();
 }
 
-/// The numbers are the same; what needs more than a matrix is left out, but for the constant-luminance form, whose
-/// matrix is nearly that of the usual one.
+/// The numbers are the same; what needs more than a matrix is left out, but for the constant-luminance form,
+/// whose matrix is nearly that of the usual one.
 zimg_matrix_coefficients_e matrixOf(AVColorSpace matrix) {
     switch (matrix) {
         case AVCOL_SPC_BT709:
@@ -51,9 +55,9 @@ zimg_matrix_coefficients_e matrixOf(AVColorSpace matrix) {
         case AVCOL_SPC_BT2020_CL:
             return ZIMG_MATRIX_BT2020_NCL;
         default:
-            throw StatusError(Status::NotSupportedByCodec,
-                              std::string("pictures of colour matrix ") + av_color_space_name(matrix) +
-                                  " cannot be converted");
+            throw StatusError(Status::NotSupportedByCodec, std::string("pictures of colour matrix ") +
+                                                               av_color_space_name(matrix) +
+                                                               " cannot be converted");
     }
 }
 
@@ -71,7 +75,8 @@ struct FreeAligned {
 using Bytes = std::unique_ptr<std::uint8_t[], FreeAligned>;
 
 Bytes allocate(std::size_t bytes) {
-    Bytes memory(static_cast<std::uint8_t*>(std::aligned_alloc(alignment, alignedBytes(std::max(bytes, alignment)))));
+    Bytes memory(
+        static_cast<std::uint8_t*>(std::aligned_alloc(alignment, alignedBytes(std::max(bytes, alignment)))));
     if (memory == nullptr)
         throw std::bad_alloc();
     return memory;
@@ -98,7 +103,7 @@ struct Ring {
 
 YcbcrStrips::Kind YcbcrStrips::Kind::of(const AVFrame& frame) {
     const PictureColour colour = PictureColour::of(frame);
-    return {frame.format,           frame.width,   frame.height,     frame.interlaced_frame != 0,
+    return {frame.format,  frame.width,      frame.height,         frame.interlaced_frame != 0,
             colour.matrix, colour.fullRange, colour.chromaLocation};
 }
 
@@ -126,7 +131,8 @@ struct YcbcrStrips::Graph {
     std::size_t workBytes = 0;
 };
 
-YcbcrStrips::Graph::Graph(const Kind& kind, const Cut& cut, std::size_t sampleBytes, zimg_field_parity_e parity) {
+YcbcrStrips::Graph::Graph(const Kind& kind, const Cut& cut, std::size_t sampleBytes,
+                          zimg_field_parity_e parity) {
     const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(kind.format));
     zimg_image_format from, to;
     zimg_image_format_default(&from, ZIMG_API_VERSION);
@@ -213,7 +219,8 @@ void YcbcrStrips::Job::readRows(unsigned i) const {
 }
 
 /// Where the picture ends within a chroma sample, its last row and column are repeated.
-void YcbcrStrips::Job::readRow(int component, int row, int rows, int width, int paddedWidth, void* samples) const {
+void YcbcrStrips::Job::readRow(int component, int row, int rows, int width, int paddedWidth,
+                               void* samples) const {
     reader.read(component, std::min(row, rows - 1) * strips.cut.fields + field, width, samples);
     const std::size_t bytes = reader.sampleBytes();
     auto* last = static_cast<std::uint8_t*>(samples) + static_cast<std::size_t>(width - 1) * bytes;
@@ -255,7 +262,9 @@ YcbcrStrips::YcbcrStrips(const Kind& pictures, int threads) : kind(pictures), cu
 
 YcbcrStrips::~YcbcrStrips() = default;
 
-std::size_t YcbcrStrips::count() const { return static_cast<std::size_t>(cut.strips) * graphs.size(); }
+std::size_t YcbcrStrips::count() const {
+    return static_cast<std::size_t>(cut.strips) * graphs.size();
+}
 
 /// The window lies around the strip, but within the picture.
 int YcbcrStrips::firstRowOfWindow(int strip) const {
@@ -270,12 +279,15 @@ void YcbcrStrips::convert(const AVFrame& frame, std::size_t strip, int thread, c
     const RowReader reader(frame);
     Memory& own = *memory[static_cast<std::size_t>(thread)];
     const int firstRow = stripOfField * cut.rowsOfStrip;
-    Job job{*this, reader, target, own, field, firstRowOfWindow(stripOfField),
+    Job job{*this,    reader,
+            target,   own,
+            field,    firstRowOfWindow(stripOfField),
             firstRow, std::min(firstRow + cut.rowsOfStrip, cut.rows)};
     zimg_image_buffer_const input{ZIMG_API_VERSION, {}};
     zimg_image_buffer output{ZIMG_API_VERSION, {}};
     for (int plane = 0; plane < 3; ++plane) {
-        input.plane[plane] = {own.input.row(plane, 0), static_cast<std::ptrdiff_t>(own.input.stride), own.input.mask};
+        input.plane[plane] = {own.input.row(plane, 0), static_cast<std::ptrdiff_t>(own.input.stride),
+                              own.input.mask};
         output.plane[plane] = {own.output.row(plane, 0), static_cast<std::ptrdiff_t>(own.output.stride),
                                own.output.mask};
     }

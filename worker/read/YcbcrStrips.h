@@ -14,9 +14,9 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-/// Converts YCbCr pictures of one kind to RGB floats, strip by strip, so that several threads can share a picture and
-/// everything stays in the cache: rows are read, chroma is interpolated, the matrix applied and pixels are stored in
-/// one pass.
+/// Converts YCbCr pictures of one kind to RGB floats, strip by strip, so that several threads can share a
+/// picture and everything stays in the cache: rows are read, chroma is interpolated, the matrix applied and
+/// pixels are stored in one pass.
 class YcbcrStrips {
 public:
     /// Everything that the conversion depends on.
@@ -41,8 +41,8 @@ public:
     /// How many strips a picture has.
     std::size_t count() const;
 
-    /// Converts strip `strip` of `frame`, which must be of the kind. `thread` counts from 0 and is never the same in
-    /// two calls at a time. Throws StatusError (CodecFailed).
+    /// Converts strip `strip` of `frame`, which must be of the kind. `thread` counts from 0 and is never the
+    /// same in two calls at a time. Throws StatusError (CodecFailed).
     void convert(const AVFrame& frame, std::size_t strip, int thread, const RgbaRows& target);
 
 private:
@@ -55,12 +55,12 @@ private:
         explicit Cut(const Kind& kind);
 
         int chromaShiftX, chromaShiftY;  ///< of the pixel format
-        int fields;        ///< 2 where chroma is interpolated within each field
-        int rows;          ///< of a field
-        int paddedWidth;   ///< whole chroma samples
-        int rowsOfStrip;   ///< that a strip stores
-        int rowsOfWindow;  ///< that a strip reads: chroma interpolation needs some around it
-        int strips;        ///< of a field
+        int fields;                      ///< 2 where chroma is interpolated within each field
+        int rows;                        ///< of a field
+        int paddedWidth;                 ///< whole chroma samples
+        int rowsOfStrip;                 ///< that a strip stores
+        int rowsOfWindow;                ///< that a strip reads: chroma interpolation needs some around it
+        int strips;                      ///< of a field
     };
 
     int firstRowOfWindow(int strip) const;

@@ -25,7 +25,8 @@ void OpenMovie::keepFailure(const std::function<void()>& operation) {
 }
 
 std::uint64_t OpenMovie::frameBytes() const {
-    return static_cast<std::uint64_t>(plan.width) * static_cast<std::uint64_t>(plan.height) * 4 * sizeof(float);
+    return static_cast<std::uint64_t>(plan.width) * static_cast<std::uint64_t>(plan.height) * 4 *
+           sizeof(float);
 }
 
 bool OpenMovie::hasSize(std::int32_t width, std::int32_t height) const {

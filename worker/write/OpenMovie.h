@@ -16,9 +16,10 @@ namespace Morvane::Worker {
 /// A movie between `openFile` and `closeFile`: the encoder and the file it writes to. Used by one thread.
 /// Every operation throws StatusError.
 ///
-/// Some operations have no answer that a host reads ("kept" below). Their failures are thrown and also kept, and
-/// `close` throws the first of them once the movie is as whole as it can be, so that no movie with something
-/// missing is called a success. Destroying it unclosed drops what is not encoded yet and leaves the file readable.
+/// Some operations have no answer that a host reads ("kept" below). Their failures are thrown and also kept,
+/// and `close` throws the first of them once the movie is as whole as it can be, so that no movie with
+/// something missing is called a success. Destroying it unclosed drops what is not encoded yet and leaves the
+/// file readable.
 class OpenMovie {
 public:
     struct Options {
@@ -32,8 +33,8 @@ public:
     /// Opens the encoder, then the file: settings that the codec refuses leave an existing file alone.
     explicit OpenMovie(const Options& options);
 
-    /// Takes one frame's pixels: `frameBytes` bytes, width x height x 4 floats. Throws the reason why these, or
-    /// earlier ones, could not be encoded.
+    /// Takes one frame's pixels: `frameBytes` bytes, width x height x 4 floats. Throws the reason why these,
+    /// or earlier ones, could not be encoded.
     void addFrame(const std::byte* pixels);
     std::uint64_t frameBytes() const;
     bool hasSize(std::int32_t width, std::int32_t height) const;
@@ -54,7 +55,8 @@ public:
     /// Kept.
     void addMetadata(const Metadata& metadata);
 
-    /// Finishes everything; `indexFirst` puts the index before the media data. Nothing may be called afterwards.
+    /// Finishes everything; `indexFirst` puts the index before the media data. Nothing may be called
+    /// afterwards.
     void close(bool indexFirst);
 
 private:

@@ -4,6 +4,8 @@
 
 namespace Morvane::Worker {
 
-void editInDialog(DialogState&) { reportRemark("no display for the settings dialog: the settings stay as they are"); }
+void editInDialog(DialogState&) {
+    reportRemark("no display for the settings dialog: the settings stay as they are");
+}
 
 }  // namespace Morvane::Worker

@@ -71,7 +71,8 @@ OpenMovie& WriteMode::openMovie() {
 
 void WriteMode::openFile(const Task& task, Request&) {
     if (movie != nullptr)
-        throw StatusError(Status::BadArgument, "cannot open " + task.fileName + ": another movie is still open");
+        throw StatusError(Status::BadArgument,
+                          "cannot open " + task.fileName + ": another movie is still open");
     if (task.mode != 0 && task.mode != 1)
         throw StatusError(Status::BadArgument,
                           "cannot open " + task.fileName + ": there is no mode " + std::to_string(task.mode));
@@ -104,7 +105,9 @@ void WriteMode::addFrame(const Task&, Request& request) {
     open.addFrame(request.payload(open.frameBytes()).data());
 }
 
-void WriteMode::finishVideo(const Task&, Request&) { openMovie().finishVideo(); }
+void WriteMode::finishVideo(const Task&, Request&) {
+    openMovie().finishVideo();
+}
 
 void WriteMode::addAudioFile(const Task& task, Request&) {
     openMovie().addAudioFile(task.audioFileName, task.audioOffset);
@@ -123,31 +126,41 @@ void WriteMode::configure(const Task& task, Request& request) {
     request.answer(settings.configure(setup, request.payloadText()));
 }
 
-void WriteMode::summary(const Task&, Request& request) { request.answer(settings.summary(request.payloadText())); }
+void WriteMode::summary(const Task&, Request& request) {
+    request.answer(settings.summary(request.payloadText()));
+}
 
-void WriteMode::defaultSettings(const Task&, Request& request) { request.answer(settings.defaultText()); }
+void WriteMode::defaultSettings(const Task&, Request& request) {
+    request.answer(settings.defaultText());
+}
 
-void WriteMode::editSettings(const Task&, Request& request) { request.answer(settings.edit(request.payloadText())); }
+void WriteMode::editSettings(const Task&, Request& request) {
+    request.answer(settings.edit(request.payloadText()));
+}
 
-void WriteMode::setCodec(const Task& task, Request&) { settings.setCodec(task.codec); }
+void WriteMode::setCodec(const Task& task, Request&) {
+    settings.setCodec(task.codec);
+}
 
-void WriteMode::getCodec(const Task&, Request& request) { request.answer(numberText(settings.codecIndex())); }
+void WriteMode::getCodec(const Task&, Request& request) {
+    request.answer(numberText(settings.codecIndex()));
+}
 
 void WriteMode::setProperties(const Task&, Request& request) {
     Property::PropertyList properties;
     Property::readPropertyList(request.payloadText(), properties);
-    Metadata metadata;
+    Metadata added;
+    Metadata& metadata = movie != nullptr ? added : nextMetadata;
     for (const auto& property : properties)
         metadata[property->name] = property->toString();
     if (movie != nullptr)
-        movie->addMetadata(metadata);
-    else
-        nextMetadata.insert(metadata.begin(), metadata.end());
+        movie->addMetadata(added);
 }
 
 void WriteMode::addTimecodeTrack(const Task& task, Request&) {
     TimecodeTrack track;
-    track.framesPerSecond = static_cast<int>(std::min<std::uint32_t>(task.timecodeRate.nominalRate(), 0x7fffffff));
+    track.framesPerSecond =
+        static_cast<int>(std::min<std::uint32_t>(task.timecodeRate.nominalRate(), 0x7fffffff));
     track.startFrame = task.timecodeStartFrame;
     track.reel = task.reelName;
     openMovie().setTimecode(track);
@@ -163,13 +176,17 @@ void WriteMode::setUseFormatAspect(const Task&, Request& request) {
     settings.setUseFormatAspect(on);
 }
 
-void WriteMode::codecList(const Task&, Request& request) { request.answer(codecListText()); }
+void WriteMode::codecList(const Task&, Request& request) {
+    request.answer(codecListText());
+}
 
 void WriteMode::getFrameRate(const Task&, Request& request) {
     request.answer(numberText(settings.setup().framesPerSecond));
 }
 
-void WriteMode::getQuality(const Task&, Request& request) { request.answer(numberText(settings.setup().quality)); }
+void WriteMode::getQuality(const Task&, Request& request) {
+    request.answer(numberText(settings.setup().quality));
+}
 
 void WriteMode::getKeyFrameRate(const Task&, Request& request) {
     request.answer(numberText(settings.setup().keyFrameRate));
@@ -185,10 +202,13 @@ void WriteMode::addSamples(const Task& task, Request& request) {
     open.addSamples(task.samplePosition, task.sampleCount, request.payload(bytes).data());
 }
 
-void WriteMode::finishSamples(const Task&, Request&) { openMovie().finishSamples(); }
+void WriteMode::finishSamples(const Task&, Request&) {
+    openMovie().finishSamples();
+}
 
 void WriteMode::setSampleFormat(const Task& task, Request& request) {
-    openMovie().setSampleFormat({task.sampleFormatA, task.sampleFormatB, task.sampleFormatC, request.payloadText()});
+    openMovie().setSampleFormat(
+        {task.sampleFormatA, task.sampleFormatB, task.sampleFormatC, request.payloadText()});
 }
 
 void WriteMode::settingsAsProperties(const Task&, Request& request) {

@@ -13,9 +13,9 @@ namespace Morvane::Worker {
 
 /// The worker as a writer ("write"): makes one movie after the other. The requests stand in docs/protocol.md.
 ///
-/// Legal order: `setCodec` and `configure`; `openFile`; frames, samples, sound, time code and metadata; `finishVideo`,
-/// after which no frame comes; `closeFile`; then the next movie. Lists, texts and settings at any time. What comes out
-/// of order is answered BadArgument and changes nothing.
+/// Legal order: `setCodec` and `configure`; `openFile`; frames, samples, sound, time code and metadata;
+/// `finishVideo`, after which no frame comes; `closeFile`; then the next movie. Lists, texts and settings at
+/// any time. What comes out of order is answered BadArgument and changes nothing.
 class WriteMode : public Mode {
 public:
     void handle(Request& request) override;

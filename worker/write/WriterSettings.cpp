@@ -81,7 +81,9 @@ std::string WriterSettings::summary(const std::string& settingsText) const {
     return Settings::parse(settingsText, codec()).summary();
 }
 
-std::string WriterSettings::defaultText() const { return Settings::defaults(codec()).text(); }
+std::string WriterSettings::defaultText() const {
+    return Settings::defaults(codec()).text();
+}
 
 std::string WriterSettings::propertyListText(const std::string& settingsText) const {
     return Settings::parse(settingsText, codec()).propertyListText();

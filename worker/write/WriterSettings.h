@@ -25,15 +25,16 @@ struct PictureSetup {
 /// open does not touch that movie. Operations throw StatusError.
 class WriterSettings {
 public:
-    /// Chooses the codec and forgets the settings, which belong to a codec. An index that names none leaves no
-    /// codec chosen, so that nothing is written in another codec than the one asked for.
+    /// Chooses the codec and forgets the settings, which belong to a codec. An index that names none leaves
+    /// no codec chosen, so that nothing is written in another codec than the one asked for.
     void setCodec(std::int32_t newIndex);
     std::int32_t codecIndex() const { return index; }
 
     void setUseFormatAspect(bool on) { useFormatAspect = on; }
 
-    /// Takes a setup and a settings text; answers the complete, normalised text. Settings that are refused are
-    /// remembered and refuse the next opening with the same status, deliberately: nobody reads this answer.
+    /// Takes a setup and a settings text; answers the complete, normalised text. Settings that are refused
+    /// are remembered and refuse the next opening with the same status, deliberately: nobody reads this
+    /// answer.
     std::string configure(const PictureSetup& pictures, const std::string& settingsText);
     const PictureSetup& setup() const { return pictureSetup; }
 
@@ -41,8 +42,8 @@ public:
     /// status of refused settings; NotSupportedByCodec for a size or settings that do not go together.
     EncodingPlan plan() const;
 
-    /// The time-code track that the settings ask for until the host names the real one: a movie whose host dies
-    /// has its time code then.
+    /// The time-code track that the settings ask for until the host names the real one: a movie whose host
+    /// dies has its time code then.
     std::optional<TimecodeTrack> provisionalTimecode() const;
 
     /// The metadata that the settings name, and what alpha means in a movie of `plan`.

@@ -49,7 +49,9 @@ std::string RawController::askUnchanged() {
     return answer;
 }
 
-pid_t RawController::workerProcess() const { return resources->process.pid; }
+pid_t RawController::workerProcess() const {
+    return resources->process.pid;
+}
 
 void RawController::completeRequest(const std::string&) {
     if (bytesWanted == 0)

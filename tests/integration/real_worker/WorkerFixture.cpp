@@ -9,7 +9,9 @@
 
 namespace Morvane::Testing {
 
-int WorkerFixture::processNumber() { return getpid(); }
+int WorkerFixture::processNumber() {
+    return getpid();
+}
 
 void WorkerFixture::SetUp() {
     std::filesystem::remove_all(folder);

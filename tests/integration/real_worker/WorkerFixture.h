@@ -11,8 +11,8 @@
 
 namespace Morvane::Testing {
 
-/// A test with real workers: a folder of its own for movies and for the bridge, standard error collected, and at the
-/// end the proof that no file and no semaphore of the bridge is left.
+/// A test with real workers: a folder of its own for movies and for the bridge, standard error collected, and
+/// at the end the proof that no file and no semaphore of the bridge is left.
 class WorkerFixture : public ::testing::Test {
 protected:
     void SetUp() override;

@@ -34,8 +34,8 @@ protected:
 
     /// Where the bytes of frame `number` lie.
     std::pair<std::size_t, std::size_t> placeOfFrame(const std::string& movie, int number) {
-        const std::string places = outputOf({"ffprobe", "-v", "error", "-select_streams", "v", "-show_entries",
-                                             "packet=pos,size", "-of", "csv=p=0", movie});
+        const std::string places = outputOf({"ffprobe", "-v", "error", "-select_streams", "v",
+                                             "-show_entries", "packet=pos,size", "-of", "csv=p=0", movie});
         std::istringstream lines(places);
         std::string line;
         for (int skipped = 0; skipped <= number; ++skipped)
@@ -95,7 +95,8 @@ TEST_F(BadMovieTest, RefusesFramesThatAreNotThere) {
 
 TEST_F(BadMovieTest, AnswersCallsOutOfOrder) {
     RawController raw(newBridgeName(), "read");
-    for (const char* request : {"R00000000:0", "R00000002", "R00000004", "R00000005", "R00000009", "W00000002", ""})
+    for (const char* request :
+         {"R00000000:0", "R00000002", "R00000004", "R00000005", "R00000009", "W00000002", ""})
         EXPECT_EQ(raw.ask(request), "Error: -50") << request;
     for (const char* request : {"R00000003", "R00000001:a.mov", "R00000001:a.mov:5"})
         EXPECT_EQ(raw.ask(request), "-50") << request;
@@ -111,10 +112,11 @@ TEST_F(BadMovieTest, AnswersCallsOutOfOrder) {
 
 TEST_F(BadMovieTest, ReadsWhatIsLeftOfAMovieThatWasCut) {
     makeMovie("slow.mov", 20, {"-c:v", "prores_ks", "-movflags", "faststart"});
-    makeMovie("fast.mov", 20, {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "8", "-movflags", "faststart"});
+    makeMovie("fast.mov", 20,
+              {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "8", "-movflags", "faststart"});
     makeMovie("end.mov", 20, {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "8"});
-    makeMovie("pieces.mov", 20, {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "4", "-movflags",
-                                 "frag_keyframe+empty_moov"});
+    makeMovie("pieces.mov", 20,
+              {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "4", "-movflags", "frag_keyframe+empty_moov"});
     for (const char* name : {"slow.mov", "fast.mov", "end.mov", "pieces.mov"}) {
         const std::string content = contentOf(path(name));
         const auto whole = framesByFfmpeg(path(name), "format=rgb24", 160 * 96 * 3);
@@ -141,8 +143,10 @@ TEST_F(BadMovieTest, ReadsWhatIsLeftOfAMovieThatWasCut) {
 }
 
 TEST_F(BadMovieTest, NamesADamagedFrameAndReadsTheOthers) {
-    for (const auto& [name, options] : std::vector<std::pair<std::string, std::vector<std::string>>>{
-             {"prores.mov", {"-c:v", "prores_ks"}}, {"png.mov", {"-c:v", "png"}}, {"mjpeg.mov", {"-c:v", "mjpeg"}}}) {
+    for (const auto& [name, options] :
+         std::vector<std::pair<std::string, std::vector<std::string>>>{{"prores.mov", {"-c:v", "prores_ks"}},
+                                                                       {"png.mov", {"-c:v", "png"}},
+                                                                       {"mjpeg.mov", {"-c:v", "mjpeg"}}}) {
         const std::string movie = makeMovie(name, 12, options);
         const auto [position, size] = placeOfFrame(movie, 6);
         std::string content = contentOf(movie);
@@ -163,8 +167,8 @@ TEST_F(BadMovieTest, NamesADamagedFrameAndReadsTheOthers) {
 }
 
 TEST_F(BadMovieTest, SurvivesDamageAnywhere) {
-    const std::string movie = makeMovie("a.mov", 12, {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "6", "-movflags",
-                                                      "faststart"});
+    const std::string movie = makeMovie(
+        "a.mov", 12, {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "6", "-movflags", "faststart"});
     const std::string content = contentOf(movie);
     std::mt19937 random(5);
     RawController raw(newBridgeName(), "read");
@@ -206,10 +210,10 @@ TEST_F(BadMovieTest, RefusesAMovieThatWasOverwritten) {
 }
 
 TEST_F(BadMovieTest, ReadsTheSmallestPicture) {
-    runFfmpeg({"-f", "lavfi", "-i", "color=lime:size=2x2:rate=25,format=rgb24,crop=1:1", "-frames:v", "2", "-c:v", "png",
-               path("rgb.mov")});
-    runFfmpeg({"-f", "lavfi", "-i", "color=lime:size=2x2:rate=25,format=rgb24,crop=1:1,format=yuvj420p", "-frames:v", "2", "-c:v", "mjpeg",
-               path("yuv.mov")});
+    runFfmpeg({"-f", "lavfi", "-i", "color=lime:size=2x2:rate=25,format=rgb24,crop=1:1", "-frames:v", "2",
+               "-c:v", "png", path("rgb.mov")});
+    runFfmpeg({"-f", "lavfi", "-i", "color=lime:size=2x2:rate=25,format=rgb24,crop=1:1,format=yuvj420p",
+               "-frames:v", "2", "-c:v", "mjpeg", path("yuv.mov")});
     for (const char* name : {"rgb.mov", "yuv.mov"}) {
         open(path(name));
         const std::vector<float> frame = read(1);
@@ -221,8 +225,8 @@ TEST_F(BadMovieTest, ReadsTheSmallestPicture) {
 }
 
 TEST_F(BadMovieTest, ReadsAWidePicture) {
-    runFfmpeg({"-f", "lavfi", "-i", "color=blue:size=8192x64:rate=25,format=yuv420p", "-frames:v", "1", "-c:v", "mjpeg",
-               path("wide.mov")});
+    runFfmpeg({"-f", "lavfi", "-i", "color=blue:size=8192x64:rate=25,format=yuv420p", "-frames:v", "1",
+               "-c:v", "mjpeg", path("wide.mov")});
     open(path("wide.mov"));
 
     const std::vector<float> frame = read(0);

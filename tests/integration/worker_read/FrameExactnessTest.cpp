@@ -19,11 +19,14 @@ struct Making {
     int shownHeight = 96;
     double leastSimilarity = 57;  ///< dB; the reference is rounded to 8 bits
     const char* filter = matrix;
-    std::vector<std::string> copyFrom = {};  ///< where given, the movie is copied with these options before its name
-    std::vector<std::string> copyTo = {};    ///< and these after it
+    std::vector<std::string> copyFrom =
+        {};  ///< where given, the movie is copied with these options before its name
+    std::vector<std::string> copyTo = {};  ///< and these after it
 };
 
-void PrintTo(const Making& making, std::ostream* stream) { *stream << making.name; }
+void PrintTo(const Making& making, std::ostream* stream) {
+    *stream << making.name;
+}
 
 /// Frame N from us is frame N from ffmpeg, in whatever order frames are asked for.
 class FrameExactnessTest : public ReaderFixture, public ::testing::WithParamInterface<Making> {
@@ -34,7 +37,8 @@ protected:
         std::string movie = makeMovie(making.file, 60, making.options);
         if (!making.copyFrom.empty() || !making.copyTo.empty())
             movie = copyMovie(movie);
-        const auto samples = static_cast<std::size_t>(making.shownWidth) * static_cast<std::size_t>(making.shownHeight) * 3;
+        const auto samples =
+            static_cast<std::size_t>(making.shownWidth) * static_cast<std::size_t>(making.shownHeight) * 3;
         expected = framesByFfmpeg(movie, making.filter, samples);
         ASSERT_GT(expected.size(), 10u);
         open(movie);
@@ -86,22 +90,32 @@ TEST_P(FrameExactnessTest, InAnyOrder) {
 }
 
 const Making makings[] = {
-    {"LongGroups", "a.mov", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "24", "-bf", "3", "-b_strategy", "0"}},
+    {"LongGroups",
+     "a.mov",
+     {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "24", "-bf", "3", "-b_strategy", "0"}},
     {"OneGroup", "a.mp4", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "600", "-bf", "2"}},
-    {"OpenGroups", "a.mov",
+    {"OpenGroups",
+     "a.mov",
      {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-x264-params", "open-gop=1:keyint=12:bframes=3:b-adapt=0"}},
-    {"TenBitHevc", "a.mov",
-     {"-c:v", "libx265", "-pix_fmt", "yuv420p10le", "-tag:v", "hvc1", "-x265-params", "log-level=none:keyint=12"}},
-    {"VariableRate", "a.mov",
-     {"-vf", "select='not(eq(mod(n,7),3))*not(eq(mod(n,5),2))'", "-vsync", "vfr", "-c:v", "libx264", "-pix_fmt",
-      "yuv420p", "-g", "15", "-bf", "2"}},
+    {"TenBitHevc",
+     "a.mov",
+     {"-c:v", "libx265", "-pix_fmt", "yuv420p10le", "-tag:v", "hvc1", "-x265-params",
+      "log-level=none:keyint=12"}},
+    {"VariableRate",
+     "a.mov",
+     {"-vf", "select='not(eq(mod(n,7),3))*not(eq(mod(n,5),2))'", "-vsync", "vfr", "-c:v", "libx264",
+      "-pix_fmt", "yuv420p", "-g", "15", "-bf", "2"}},
     {"Anamorphic", "a.mov", {"-vf", "setsar=4/3", "-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "20"}},
     // Without colour: ours is interpolated within each field, the reference's across them.
-    {"Interlaced", "a.mov",
-     {"-vf", "hue=s=0", "-c:v", "libx264", "-pix_fmt", "yuv420p", "-x264-params", "tff=1:keyint=12:bframes=2"}},
+    {"Interlaced",
+     "a.mov",
+     {"-vf", "hue=s=0", "-c:v", "libx264", "-pix_fmt", "yuv420p", "-x264-params",
+      "tff=1:keyint=12:bframes=2"}},
     {"Mpeg2", "a.mov", {"-c:v", "mpeg2video", "-q:v", "2", "-g", "12", "-bf", "2"}},
-    {"Fragmented", "a.mp4",
-     {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "12", "-bf", "2", "-movflags", "frag_keyframe+empty_moov"}},
+    {"Fragmented",
+     "a.mp4",
+     {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "12", "-bf", "2", "-movflags",
+      "frag_keyframe+empty_moov"}},
     {"Mpeg4Visual", "a.mov", {"-c:v", "mpeg4", "-q:v", "2", "-g", "12", "-bf", "2"}},
     {"ProRes", "a.mov", {"-c:v", "prores_ks", "-profile:v", "3"}},
     {"ProRes4444", "a.mov", {"-c:v", "prores_ks", "-profile:v", "4", "-pix_fmt", "yuva444p10le"}},
@@ -117,16 +131,48 @@ const Making makings[] = {
     {"AviWithBackwardPrediction", "a.avi", {"-c:v", "mpeg4", "-q:v", "2", "-g", "12", "-bf", "2"}},
     {"BareStream", "a.h264", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "24", "-bf", "3"}},
     {"ProgramStream", "a.mpg", {"-c:v", "mpeg2video", "-q:v", "2", "-g", "12", "-bf", "2"}},
-    {"Vp9", "a.webm", {"-c:v", "libvpx-vp9", "-deadline", "realtime", "-cpu-used", "8", "-lag-in-frames", "10"}},
+    {"Vp9",
+     "a.webm",
+     {"-c:v", "libvpx-vp9", "-deadline", "realtime", "-cpu-used", "8", "-lag-in-frames", "10"}},
     {"Ffv1", "a.mkv", {"-c:v", "ffv1", "-pix_fmt", "yuv422p12le"}},
     {"Palette", "a.mov", {"-c:v", "rawvideo", "-pix_fmt", "pal8"}, 160, 96, 100, "format=rgb24"},
     {"Grey", "a.mov", {"-c:v", "png", "-pix_fmt", "gray"}, 160, 96, 100, "format=rgb24"},
     {"FifteenBits", "a.mov", {"-c:v", "rawvideo", "-pix_fmt", "rgb555be"}, 160, 96, 40, "format=rgb24"},
-    {"TurnedRight", "a.mov", {"-c:v", "mjpeg", "-q:v", "2"}, 96, 160, 57, matrix, {}, {"-metadata:s:v:0", "rotate=90"}},
-    {"TurnedLeft", "a.mov", {"-c:v", "mjpeg", "-q:v", "2"}, 96, 160, 57, matrix, {}, {"-metadata:s:v:0", "rotate=270"}},
-    {"UpsideDown", "a.mov", {"-c:v", "mjpeg", "-q:v", "2"}, 160, 96, 57, matrix, {}, {"-metadata:s:v:0", "rotate=180"}},
+    {"TurnedRight",
+     "a.mov",
+     {"-c:v", "mjpeg", "-q:v", "2"},
+     96,
+     160,
+     57,
+     matrix,
+     {},
+     {"-metadata:s:v:0", "rotate=90"}},
+    {"TurnedLeft",
+     "a.mov",
+     {"-c:v", "mjpeg", "-q:v", "2"},
+     96,
+     160,
+     57,
+     matrix,
+     {},
+     {"-metadata:s:v:0", "rotate=270"}},
+    {"UpsideDown",
+     "a.mov",
+     {"-c:v", "mjpeg", "-q:v", "2"},
+     160,
+     96,
+     57,
+     matrix,
+     {},
+     {"-metadata:s:v:0", "rotate=180"}},
     // From the middle of a group of pictures on: the pictures before are decoded, but cut away by an edit.
-    {"EditList", "a.mov", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "24", "-bf", "3"}, 160, 96, 57, matrix,
+    {"EditList",
+     "a.mov",
+     {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "24", "-bf", "3"},
+     160,
+     96,
+     57,
+     matrix,
      {"-ss", "1.3"}},
 };
 

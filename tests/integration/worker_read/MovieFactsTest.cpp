@@ -69,8 +69,9 @@ TEST_F(MovieFactsTest, DescribesAMovieThatIsOpenForThatOnly) {
 }
 
 TEST_F(MovieFactsTest, KnowsTimeCodeReelAndCodec) {
-    open(makeMovie("a.mov", 3, {"-c:v", "prores_ks", "-timecode", "10:11:12:13", "-metadata:s:v:0",
-                                "reel_name=A001C002"}));
+    open(makeMovie(
+        "a.mov", 3,
+        {"-c:v", "prores_ks", "-timecode", "10:11:12:13", "-metadata:s:v:0", "reel_name=A001C002"}));
 
     auto known = metadata();
 
@@ -85,8 +86,9 @@ TEST_F(MovieFactsTest, KnowsTimeCodeReelAndCodec) {
 
 TEST_F(MovieFactsTest, GivesTheFilesOwnKeysByteForByte) {
     const std::string awkward = "a:b \"quoted\" back\\slash\nsecond line \xff\xfe end:";
-    open(makeMovie("a.mov", 1, {"-c:v", "mjpeg", "-movflags", "use_metadata_tags", "-metadata",
-                                "com.example.camera:lens=" + awkward, "-metadata", "title=" + awkward}));
+    open(makeMovie("a.mov", 1,
+                   {"-c:v", "mjpeg", "-movflags", "use_metadata_tags", "-metadata",
+                    "com.example.camera:lens=" + awkward, "-metadata", "title=" + awkward}));
 
     auto known = metadata();
 
@@ -101,17 +103,19 @@ TEST_F(MovieFactsTest, GivesAValueOfAMebibyte) {
     // Longer than a command line's argument may be, so through a file.
     std::ofstream(path("keys.txt")) << ";FFMETADATA1\n" << key << "=" << value << "\n";
     makeMovie("plain.mov", 1, {"-c:v", "mjpeg"});
-    runFfmpeg({"-i", path("plain.mov"), "-i", path("keys.txt"), "-map_metadata", "1", "-c", "copy", "-movflags",
-               "use_metadata_tags", path("a.mov")});
+    runFfmpeg({"-i", path("plain.mov"), "-i", path("keys.txt"), "-map_metadata", "1", "-c", "copy",
+               "-movflags", "use_metadata_tags", path("a.mov")});
     open(path("a.mov"));
 
     EXPECT_EQ(metadata()[key], value);
 }
 
 TEST_F(MovieFactsTest, ListsThePropertiesOfEveryTrack) {
-    runFfmpeg({"-f", "lavfi", "-i", "testsrc2=size=160x96:rate=25", "-f", "lavfi", "-i", "sine=sample_rate=48000",
-               "-frames:v", "3", "-shortest", "-c:v", "prores_ks", "-c:a", "pcm_s24le", "-ac", "2", "-timecode",
-               "01:00:00:00", path("a.mov")});
+    runFfmpeg({"-f",        "lavfi",     "-i",          "testsrc2=size=160x96:rate=25",
+               "-f",        "lavfi",     "-i",          "sine=sample_rate=48000",
+               "-frames:v", "3",         "-shortest",   "-c:v",
+               "prores_ks", "-c:a",      "pcm_s24le",   "-ac",
+               "2",         "-timecode", "01:00:00:00", path("a.mov")});
     open(path("a.mov"));
 
     auto known = properties();
@@ -133,8 +137,10 @@ TEST_F(MovieFactsTest, ListsThePropertiesOfEveryTrack) {
 
 TEST_F(MovieFactsTest, KeepsValuesAboveWhiteAndBelowBlack) {
     // Video range: 16 is black and 235 white; 254 and 1 are beyond.
-    runFfmpeg({"-f", "lavfi", "-i", "color=black:size=16x16:rate=25,format=yuv422p10le,geq=lum='if(lt(X,8),1016,4)':"
-               "cb=512:cr=512", "-frames:v", "1", "-c:v", "v210", path("a.mov")});
+    runFfmpeg({"-f", "lavfi", "-i",
+               "color=black:size=16x16:rate=25,format=yuv422p10le,geq=lum='if(lt(X,8),1016,4)':"
+               "cb=512:cr=512",
+               "-frames:v", "1", "-c:v", "v210", path("a.mov")});
     open(path("a.mov"));
 
     const std::vector<float> frame = read(0);
@@ -146,8 +152,8 @@ TEST_F(MovieFactsTest, KeepsValuesAboveWhiteAndBelowBlack) {
 }
 
 TEST_F(MovieFactsTest, GivesAlphaAsItIsStored) {
-    runFfmpeg({"-f", "lavfi", "-i", "color=red@0.25:size=16x16:rate=25,format=rgba", "-frames:v", "1", "-c:v", "png",
-               path("a.mov")});
+    runFfmpeg({"-f", "lavfi", "-i", "color=red@0.25:size=16x16:rate=25,format=rgba", "-frames:v", "1", "-c:v",
+               "png", path("a.mov")});
     open(path("a.mov"));
 
     const std::vector<float> frame = read(0);
@@ -172,11 +178,15 @@ TEST_F(MovieFactsTest, UndoesTheMatrixThatTheMovieStates) {
     for (const auto& kind : kinds)
         for (const auto& colour : colours) {
             char source[160];
-            std::snprintf(source, sizeof source, "color=0x%02x%02x%02x:size=64x64:rate=25,format=gbrp,scale=%s",
-                          static_cast<int>(std::lround(colour[0] * 255)), static_cast<int>(std::lround(colour[1] * 255)),
+            std::snprintf(source, sizeof source,
+                          "color=0x%02x%02x%02x:size=64x64:rate=25,format=gbrp,scale=%s",
+                          static_cast<int>(std::lround(colour[0] * 255)),
+                          static_cast<int>(std::lround(colour[1] * 255)),
                           static_cast<int>(std::lround(colour[2] * 255)), kind.scale);
-            std::vector<std::string> arguments = {"-f", "lavfi", "-i", std::string(source) + ",format=yuv444p10le",
-                                                  "-frames:v", "1", "-c:v", "libx264", "-qp", "0"};
+            std::vector<std::string> arguments = {
+                "-f",        "lavfi", "-i",   std::string(source) + ",format=yuv444p10le",
+                "-frames:v", "1",     "-c:v", "libx264",
+                "-qp",       "0"};
             arguments.insert(arguments.end(), kind.tags.begin(), kind.tags.end());
             arguments.push_back(path("a.mov"));
             runFfmpeg(arguments);

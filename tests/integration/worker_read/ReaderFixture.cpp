@@ -16,9 +16,10 @@ void ReaderFixture::runFfmpeg(std::vector<std::string> arguments) {
     outputOf(arguments);
 }
 
-std::string ReaderFixture::makeMovie(const std::string& name, int frames, const std::vector<std::string>& options) {
-    std::vector<std::string> arguments = {"-f", "lavfi", "-i", "testsrc2=size=160x96:rate=25", "-frames:v",
-                                          std::to_string(frames)};
+std::string ReaderFixture::makeMovie(const std::string& name, int frames,
+                                     const std::vector<std::string>& options) {
+    std::vector<std::string> arguments = {
+        "-f", "lavfi", "-i", "testsrc2=size=160x96:rate=25", "-frames:v", std::to_string(frames)};
     arguments.insert(arguments.end(), options.begin(), options.end());
     arguments.push_back(path(name));
     runFfmpeg(arguments);
@@ -33,8 +34,8 @@ void ReaderFixture::open(const std::string& movie, int mode) {
 
 MovieInfo ReaderFixture::info() {
     MovieInfo info;
-    sut->getInfo(info.width, info.height, info.channels, info.rate, info.aspectNumerator, info.aspectDenominator,
-                 info.bits);
+    sut->getInfo(info.width, info.height, info.channels, info.rate, info.aspectNumerator,
+                 info.aspectDenominator, info.bits);
     info.frames = sut->getFrameCount();
     return info;
 }
@@ -47,15 +48,17 @@ std::map<std::string, std::string> ReaderFixture::metadata() {
 
 std::vector<float> ReaderFixture::read(int number) {
     const MovieInfo movie = info();
-    std::vector<float> pixels(static_cast<std::size_t>(movie.width) * static_cast<std::size_t>(movie.height) * 4);
+    std::vector<float> pixels(static_cast<std::size_t>(movie.width) * static_cast<std::size_t>(movie.height) *
+                              4);
     readStatus = sut->readFrame(number, reinterpret_cast<char*>(pixels.data()));
     return readStatus == 0 ? pixels : std::vector<float>{};
 }
 
-std::vector<std::vector<float>> ReaderFixture::framesByFfmpeg(const std::string& movie, const std::string& filter,
+std::vector<std::vector<float>> ReaderFixture::framesByFfmpeg(const std::string& movie,
+                                                              const std::string& filter,
                                                               std::size_t samples) {
-    const std::string raw = outputOf({"ffmpeg", "-v", "error", "-nostdin", "-i", movie, "-map", "0:v:0", "-vsync",
-                                      "passthrough", "-vf", filter, "-f", "rawvideo", "-"});
+    const std::string raw = outputOf({"ffmpeg", "-v", "error", "-nostdin", "-i", movie, "-map", "0:v:0",
+                                      "-vsync", "passthrough", "-vf", filter, "-f", "rawvideo", "-"});
     std::vector<std::vector<float>> frames;
     for (std::size_t at = 0; at + samples <= raw.size(); at += samples) {
         std::vector<float>& frame = frames.emplace_back();

@@ -39,8 +39,8 @@ protected:
     /// Frame `number` as floats; empty, with the status in `readStatus`, where there is none.
     std::vector<float> read(int number);
 
-    /// All frames as ffmpeg decodes and turns them, brought by `filter` to 8 bits a sample, as 0…1 floats: `samples`
-    /// of them a frame.
+    /// All frames as ffmpeg decodes and turns them, brought by `filter` to 8 bits a sample, as 0…1 floats:
+    /// `samples` of them a frame.
     std::vector<std::vector<float>> framesByFfmpeg(const std::string& movie, const std::string& filter,
                                                    std::size_t samples);
 

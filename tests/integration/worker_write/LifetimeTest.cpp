@@ -31,13 +31,14 @@ protected:
         controller.ask("W00000005:64:48:24:1:4:0", "timecode=01\\:00\\:00\\:00");
         EXPECT_EQ(controller.ask("W00000000:" + movie + ":1"), "0");
         for (int frame = 0; frame < frames; ++frame)
-            EXPECT_EQ(controller.askWithZeros("W00000001:" + std::to_string(frame) + ":0", 64 * 48 * 16), "0");
+            EXPECT_EQ(controller.askWithZeros("W00000001:" + std::to_string(frame) + ":0", 64 * 48 * 16),
+                      "0");
         EXPECT_EQ(controller.ask("W00000002"), "0");
     }
 
     int countFrames(const std::string& movie) {
-        return std::stoi(outputOf({"ffprobe", "-v", "error", "-count_frames", "-select_streams", "v", "-show_entries",
-                                   "stream=nb_read_frames", "-of", "csv=p=0", movie}));
+        return std::stoi(outputOf({"ffprobe", "-v", "error", "-count_frames", "-select_streams", "v",
+                                   "-show_entries", "stream=nb_read_frames", "-of", "csv=p=0", movie}));
     }
 
     std::string workerFile() {
@@ -114,7 +115,8 @@ TEST_F(LifetimeTest, EndsAndCleansUpWhenItsHostIsKilled) {
     EXPECT_EQ(watch.wait(std::chrono::seconds(10)), ProcessWatch::Outcome::Died);
     EXPECT_FALSE(semaphoreExists(name));
     EXPECT_EQ(countFrames(movie), frames);
-    const std::string timecode = outputOf({"ffprobe", "-v", "error", "-show_entries", "stream_tags=timecode", movie});
+    const std::string timecode =
+        outputOf({"ffprobe", "-v", "error", "-show_entries", "stream_tags=timecode", movie});
     EXPECT_NE(timecode.find("01:00:00:00"), std::string::npos) << timecode;
     close(ends[0]);
     close(ends[1]);
@@ -128,7 +130,8 @@ TEST_F(LifetimeTest, OutlivesTheThreadThatMadeIt) {
     });
     maker.join();
 
-    EXPECT_EQ(ProcessWatch(sut->workerProcess()).wait(std::chrono::milliseconds(300)), ProcessWatch::Outcome::TimedOut);
+    EXPECT_EQ(ProcessWatch(sut->workerProcess()).wait(std::chrono::milliseconds(300)),
+              ProcessWatch::Outcome::TimedOut);
     EXPECT_NE(sut->ask("W0000000e").find("mjpa"), std::string::npos);
 }
 
@@ -171,7 +174,8 @@ TEST_F(LifetimeTest, ExplainsHowItIsCalled) {
     EXPECT_EQ(runWorker({}), 2);
     EXPECT_EQ(runWorker({"0123456789abcdef0123456789abcdef", "dance"}), 2);
     EXPECT_EQ(runWorker({"../0123456789abcdef", "write"}), 2);
-    EXPECT_NE(errors().find("usage: CorvelQuickTimeHelper-32 BRIDGE-NAME write|read"), std::string::npos) << errors();
+    EXPECT_NE(errors().find("usage: CorvelQuickTimeHelper-32 BRIDGE-NAME write|read"), std::string::npos)
+        << errors();
 }
 
 TEST_F(LifetimeTest, RefusesABridgeThatDoesNotExist) {

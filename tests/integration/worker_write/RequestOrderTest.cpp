@@ -64,8 +64,8 @@ TEST_F(RequestOrderTest, RefusesEverythingThatNeedsAMovieWhenNoneIsOpen) {
     configure();
 
     EXPECT_EQ(addFrame(), "Error: -50");
-    for (const char* request : {"W00000002", "W00000013", "W00000003:0:a.wav", "W0000000c:24:0:reel",
-                                "W00000012:0:0"})
+    for (const char* request :
+         {"W00000002", "W00000013", "W00000003:0:a.wav", "W0000000c:24:0:reel", "W00000012:0:0"})
         EXPECT_EQ(sut->ask(request), "Error: -50") << request;
     EXPECT_EQ(sut->ask("W00000014:1:0:48000", "mono"), "Error: -50");
     EXPECT_EQ(sut->ask("W00000004:1"), "-50");
@@ -154,8 +154,8 @@ TEST_F(RequestOrderTest, RefusesNumbersOfSamplesThatCannotBe) {
 }
 
 TEST_F(RequestOrderTest, RefusesSizesAndRatesThatCannotBe) {
-    for (const char* setup : {"0:16:24", "-16:16:24", "16:0:24", "2147483647:2147483647:24", "16:16:0", "16:16:-24",
-                              "16:16:nan", "16:16:1e30"}) {
+    for (const char* setup : {"0:16:24", "-16:16:24", "16:0:24", "2147483647:2147483647:24", "16:16:0",
+                              "16:16:-24", "16:16:nan", "16:16:1e30"}) {
         configure();
         sut->ask(std::string("W00000005:") + setup + ":1:4:0", "");
         EXPECT_NE(sut->ask("W00000000:a.mov:1"), "0") << setup;
@@ -166,11 +166,10 @@ TEST_F(RequestOrderTest, RefusesSizesAndRatesThatCannotBe) {
 /// Bytes without sense and requests with some of them changed: one answer each, and the worker lives.
 TEST_F(RequestOrderTest, SurvivesRandomRequests) {
     std::mt19937 random(7);
-    const std::vector<std::string> starts = {"W00000000:x.mov:1",       "W00000001:1:0",
-                                             "W00000005:16:16:24:1:4:0", "W00000009:3",
-                                             "W0000000c:24:0:reel",      "W00000012:0:8",
-                                             "W00000014:1:1:48000",      "W00000003:1.5:x.wav",
-                                             "W00000004:1",              "W00000002"};
+    const std::vector<std::string> starts = {
+        "W00000000:x.mov:1",   "W00000001:1:0", "W00000005:16:16:24:1:4:0", "W00000009:3",
+        "W0000000c:24:0:reel", "W00000012:0:8", "W00000014:1:1:48000",      "W00000003:1.5:x.wav",
+        "W00000004:1",         "W00000002"};
     const auto below = [&](std::size_t limit) { return random() % limit; };
     for (int round = 0; round < 1500; ++round) {
         std::string bytes = starts[below(starts.size())];

@@ -66,8 +66,8 @@ protected:
     }
 
     std::string probe(const std::string& movie, const std::string& entries, const std::string& stream = "v") {
-        return outputOf({"ffprobe", "-v", "error", "-count_frames", "-select_streams", stream, "-show_entries", entries,
-                         "-of", "default=nw=1:nk=1", movie});
+        return outputOf({"ffprobe", "-v", "error", "-count_frames", "-select_streams", stream,
+                         "-show_entries", entries, "-of", "default=nw=1:nk=1", movie});
     }
 
     std::unique_ptr<QuickTime::QuickTimeCodecWriterIPCController> sut;
@@ -79,7 +79,8 @@ TEST_F(WriteMovieTest, GivesBackTheSamplesOfALosslessCodec) {
 
     ASSERT_EQ(writeMovie(movie, 3), 0);
 
-    const std::string raw = outputOf({"ffmpeg", "-v", "error", "-i", movie, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
+    const std::string raw =
+        outputOf({"ffmpeg", "-v", "error", "-i", movie, "-f", "rawvideo", "-pix_fmt", "rgb24", "-"});
     ASSERT_EQ(raw.size(), 3u * width * height * 3);
     std::size_t at = 0;
     for (int frame = 0; frame < 3; ++frame)
@@ -222,7 +223,8 @@ TEST_F(WriteMovieTest, PutsPropertiesIntoTheMovie) {
     sut->setProperties(list("comment", "while it is open"));
     EXPECT_EQ(sut->closeFile(true), 0);
 
-    const std::string tags = outputOf({"ffprobe", "-v", "error", "-show_entries", "format_tags", path("a.mov")});
+    const std::string tags =
+        outputOf({"ffprobe", "-v", "error", "-show_entries", "format_tags", path("a.mov")});
     EXPECT_NE(tags.find("title=before: it is open"), std::string::npos) << tags;
     EXPECT_NE(tags.find("comment=while it is open"), std::string::npos) << tags;
     EXPECT_NE(tags.find("com.corvel.shot=bb_010"), std::string::npos) << tags;

@@ -71,7 +71,8 @@ TEST(ProcessWatchTest, IgnoresTheEndOfTheFirstThread) {
     int ended[2];
     ASSERT_EQ(pipe(ended), 0);
     std::unique_ptr<Child> child;
-    // Forked by a thread of our own, so that the child's first thread can end without unwinding the test framework.
+    // Forked by a thread of our own, so that the child's first thread can end without unwinding the test
+    // framework.
     std::thread forking([&] {
         child = std::make_unique<Child>([&] {
             std::thread([&] {

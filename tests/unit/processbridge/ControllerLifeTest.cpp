@@ -95,9 +95,15 @@ TEST_F(ControllerLife, GivesTheWorkerTheEnvironmentWithoutATemporaryFolderToo) {
         EXPECT_EQ(access(("/tmp/processbridge/" + name).c_str(), F_OK), 0);
     }
 
-    for (const std::string& entry : recording.environment()) {
-        EXPECT_NE(entry.rfind("CORVEL_TEMP_DIR=", 0), 0u);
+    std::vector<std::string> expected;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        expected.emplace_back(*entry);
+        EXPECT_NE(expected.back().rfind("CORVEL_TEMP_DIR=", 0), 0u);
     }
+    std::vector<std::string> found = recording.environment();
+    std::sort(expected.begin(), expected.end());
+    std::sort(found.begin(), found.end());
+    EXPECT_EQ(found, expected);
     EXPECT_NE(access(("/tmp/processbridge/" + name).c_str(), F_OK), 0);
     std::filesystem::create_directories(recording.folder / "shared" / "processbridge");
 }

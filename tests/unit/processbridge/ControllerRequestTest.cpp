@@ -184,6 +184,7 @@ TEST_F(ControllerRequest, IsNotSentWhereTheRequestFileCannotGrow) {
 TEST_F(ControllerRequest, WritesNoTextWhereTheDataFileCannotGrow) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(sut->resizeSharedData(std::uint64_t{1} << 62));
+    sut->writeSharedString("text");
     testing::internal::GetCapturedStderr();
 
     EXPECT_EQ(sut->sharedData(), nullptr);

@@ -251,7 +251,8 @@ TEST(PictureConverter, ValuesOutsideAreLimitedAtTheTargetsRangeOnly) {
     EXPECT_LE(sample(*frame, 0, 5, 5), 4);
 }
 
-// Limiting luma alone would leave the chroma of a colour that nobody sees: a white highlight would turn yellow.
+// Limiting luma alone would leave the chroma of a colour that nobody sees: a white highlight would turn
+// yellow.
 TEST(PictureConverter, TooBrightColoursKeepTheHueThatIsSeen) {
     const EncodingPlan plan = planOf({"jpeg", "", 64, 48});
     auto pixels = randomPixels(64, 48);

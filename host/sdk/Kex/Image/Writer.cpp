@@ -38,9 +38,11 @@ std::filesystem::path hiddenNameBeside(const std::filesystem::path& output) {
 bool syncFolder(const std::filesystem::path& folder) {
     const int descriptor = open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor == -1) {
-        return false;
+        // A folder that may be written but not listed cannot be synced; the name in it is as safe as it gets.
+        return errno == EACCES || errno == EPERM;
     }
-    const bool synced = fsync(descriptor) == 0;
+    // Some network file systems know no sync of folders.
+    const bool synced = fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
     const int reason = errno;
     close(descriptor);
     errno = reason;
