@@ -1,9 +1,9 @@
 #include "worker/conformance/Checks.h"
 
 #include <fmt/format.h>
-#include <signal.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>

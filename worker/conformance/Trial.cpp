@@ -3,11 +3,11 @@
 #include <fmt/format.h>
 #include <poll.h>
 #include <semaphore.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstring>
 #include <optional>
 #include <system_error>

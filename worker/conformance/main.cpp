@@ -1,7 +1,7 @@
 #include <fmt/format.h>
-#include <signal.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
