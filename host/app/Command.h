@@ -37,6 +37,8 @@ std::unique_ptr<Command> renderCommand();
 std::unique_ptr<Command> codecsCommand();
 std::unique_ptr<Command> knobsCommand();
 std::unique_ptr<Command> infoCommand();
+std::unique_ptr<Command> devicesCommand();
+std::unique_ptr<Command> playCommand();
 std::unique_ptr<Command> doctorCommand();
 std::unique_ptr<Command> recoverCommand();
 std::unique_ptr<Command> conformanceCommand();

@@ -8,6 +8,8 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(codecsCommand());
     commands.push_back(knobsCommand());
     commands.push_back(infoCommand());
+    commands.push_back(devicesCommand());
+    commands.push_back(playCommand());
     commands.push_back(doctorCommand());
     commands.push_back(recoverCommand());
     commands.push_back(conformanceCommand());

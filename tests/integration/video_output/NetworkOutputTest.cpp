@@ -1,60 +1,17 @@
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <chrono>
-#include <fstream>
-#include <memory>
 #include <nlohmann/json.hpp>
-#include <thread>
 
 #include "OutputWorker.h"
 #include "Program.h"
+#include "Receiver.h"
 #include "TestFrame.h"
 
 namespace Morvane::Testing {
 namespace {
 
 using testing::HasSubstr;
-
-/// A port of this machine that nobody listens on.
-int freePort() {
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof address;
-    EXPECT_EQ(bind(descriptor, reinterpret_cast<sockaddr*>(&address), length), 0);
-    EXPECT_EQ(getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length), 0);
-    close(descriptor);
-    return ntohs(address.sin_port);
-}
-
-bool isBound(int port) {
-    char pattern[16];
-    std::snprintf(pattern, sizeof pattern, ":%04X ", static_cast<unsigned>(port));
-    std::ifstream file("/proc/net/udp");
-    for (std::string line; std::getline(file, line);)
-        if (line.find(pattern) != std::string::npos)
-            return true;
-    return false;
-}
-
-/// A program that listens on a port of this machine.
-class Receiver {
-public:
-    explicit Receiver(const std::vector<std::string>& arguments, int port) : program(arguments) {
-        while (!isBound(port))
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    }
-
-    std::string output() { return program.output(); }
-
-private:
-    Program program;
-};
 
 class NetworkOutput : public testing::Test {
 protected:
@@ -63,10 +20,7 @@ protected:
             GTEST_SKIP() << "not installed: ffmpeg";
     }
 
-    /// The receiver's view of the stream; it ends when nothing has come for three seconds.
-    std::string url() const {
-        return "udp://127.0.0.1:" + std::to_string(port) + "?timeout=3000000&buffer_size=4000000";
-    }
+    std::string url() const { return receiverUrl(port); }
 
     std::string device() const { return "Network 127.0.0.1:" + std::to_string(port); }
 

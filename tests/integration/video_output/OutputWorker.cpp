@@ -10,9 +10,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 
+#include "Program.h"
 #include "property/FieldEncoding.h"
 #include "quicktime/BridgeName.h"
 
@@ -42,11 +42,6 @@ private:
     int saved;
 };
 
-std::vector<pid_t> childrenOfThisProcess() {
-    std::ifstream file("/proc/self/task/" + std::to_string(getpid()) + "/children");
-    return {std::istream_iterator<pid_t>(file), std::istream_iterator<pid_t>()};
-}
-
 }  // namespace
 
 OutputWorker::OutputWorker() {
@@ -63,10 +58,10 @@ void OutputWorker::start(const Arguments&... arguments) {
     folder = std::filesystem::path(CORVEL_SCRATCH_FOLDER) / ("VideoOutput-" + identifier);
     create_directories(folder);
     setenv("CORVEL_TEMP_DIR", folder.c_str(), 1);
-    const std::vector<pid_t> before = childrenOfThisProcess();
+    const std::vector<pid_t> before = childrenOf(getpid());
     const StandardErrorTo redirected(folder / "stderr");
     controller = std::make_unique<QuickTime::QuickTimeVideoOutputIPCController>(identifier, arguments...);
-    for (const pid_t child : childrenOfThisProcess())
+    for (const pid_t child : childrenOf(getpid()))
         if (std::find(before.begin(), before.end(), child) == before.end())
             worker = child;
 }

@@ -7,7 +7,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 
 namespace Morvane::Testing {
@@ -24,7 +25,8 @@ std::vector<char*> argumentVector(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
-Program::Program(const std::vector<std::string>& arguments, int extraDescriptor) : name(arguments.front()) {
+Program::Program(const std::vector<std::string>& arguments, const Surroundings& surroundings)
+    : name(arguments.front()) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         std::abort();
@@ -32,8 +34,10 @@ Program::Program(const std::vector<std::string>& arguments, int extraDescriptor)
     child = fork();
     if (child == 0) {
         dup2(ends[1], STDOUT_FILENO);
-        if (extraDescriptor != -1)
-            fcntl(extraDescriptor, F_SETFD, 0);
+        if (!surroundings.standardError.empty())
+            dup2(open(surroundings.standardError.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+        if (surroundings.extraDescriptor != -1)
+            fcntl(surroundings.extraDescriptor, F_SETFD, 0);
         execvp(vector.front(), vector.data());
         _exit(127);
     }
@@ -47,22 +51,37 @@ Program::~Program() {
     close(readEnd);
 }
 
-std::string Program::output() {
+std::string Program::allOutput() {
     std::string text;
     char buffer[65536];
     for (ssize_t count = 0; (count = read(readEnd, buffer, sizeof buffer)) > 0;)
         text.append(buffer, static_cast<std::size_t>(count));
-    int status = 0;
-    waitpid(child, &status, 0);
-    child = -1;
-    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << name << " failed";
+    wait();
+    return text;
+}
+
+std::string Program::output() {
+    std::string text = allOutput();
+    EXPECT_EQ(code, 0) << name << " failed";
     return text;
 }
 
 void Program::end(int signal) {
     kill(child, signal);
-    waitpid(child, nullptr, 0);
+    wait();
+}
+
+void Program::wait() {
+    int status = 0;
+    waitpid(child, &status, 0);
     child = -1;
+    code = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+std::vector<pid_t> childrenOf(pid_t parent) {
+    const std::string process = std::to_string(parent);
+    std::ifstream file("/proc/" + process + "/task/" + process + "/children");
+    return {std::istream_iterator<pid_t>(file), std::istream_iterator<pid_t>()};
 }
 
 bool hasProgram(const std::string& name) {

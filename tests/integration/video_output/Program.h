@@ -7,13 +7,17 @@
 
 namespace Morvane::Testing {
 
-/// A program that a test runs beside itself. Its standard output is collected, what it writes to standard
-/// error goes with the test's. One thread.
+/// What a program finds around it.
+struct Surroundings {
+    int extraDescriptor = -1;        ///< inherited under its own number; every other one above 2 is not
+    std::string standardError = {};  ///< a file that what it writes there replaces; empty for the test's own
+};
+
+/// A program that a test runs beside itself. Its standard output is collected. One thread.
 class Program {
 public:
-    /// Starts `arguments[0]`, found through PATH, with `arguments`. `extraDescriptor` is inherited under its
-    /// own number; every other one above 2 is not.
-    explicit Program(const std::vector<std::string>& arguments, int extraDescriptor = -1);
+    /// Starts `arguments[0]`, found through PATH, with `arguments`.
+    explicit Program(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
 
     /// Kills it if it still runs.
     ~Program();
@@ -22,17 +26,29 @@ public:
 
     pid_t pid() const { return child; }
 
-    /// Reads all that it writes and waits for its end. Fails the test where its exit code is not 0.
+    /// Reads all that it writes and waits for its end.
+    std::string allOutput();
+
+    /// The same; fails the test where its exit code is not 0.
     std::string output();
+
+    /// After its end: its exit code, or 128 and the signal that ended it.
+    int exitCode() const { return code; }
 
     /// Sends `signal` and waits for its end.
     void end(int signal);
 
 private:
+    void wait();
+
     std::string name;
     pid_t child = -1;
     int readEnd = -1;
+    int code = -1;
 };
+
+/// The processes that `parent`'s first thread has started and that are still there.
+std::vector<pid_t> childrenOf(pid_t parent);
 
 /// Whether PATH has a program `name`.
 bool hasProgram(const std::string& name);

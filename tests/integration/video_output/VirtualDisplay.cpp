@@ -40,7 +40,7 @@ VirtualDisplay::VirtualDisplay(int width, int height) : width(width), height(hei
     server = std::make_unique<Program>(
         std::vector<std::string>{"Xvfb", "-displayfd", std::to_string(ends[1]), "-screen", "0",
                                  fmt::format("{}x{}x24", width, height), "-nolisten", "tcp", "-noreset"},
-        ends[1]);
+        Surroundings{.extraDescriptor = ends[1]});
     close(ends[1]);
     number = readNumber(ends[0]);
     setenv("DISPLAY", (":" + number).c_str(), 1);

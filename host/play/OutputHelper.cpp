@@ -1,0 +1,33 @@
+#include "host/play/OutputHelper.h"
+
+#include <spdlog/spdlog.h>
+
+#include <exception>
+
+#include "quicktime/QuickTimeVideoOutputIPCController.h"
+
+namespace Corvel {
+
+using Morvane::QuickTime::createVideoOutputController;
+
+OutputHelper::OutputHelper(Reporter& reporter) : session_(0, reporter) {
+    session_.start([this] { controller.reset(createVideoOutputController()); });
+}
+
+OutputHelper::OutputHelper(Morvane::QuickTime::VideoOutputHandle device, const std::string& name,
+                           std::uint64_t frameBytes, Reporter& reporter)
+    : session_(frameBytes, reporter) {
+    session_.start([&] { controller.reset(createVideoOutputController(device, name)); });
+}
+
+OutputHelper::~OutputHelper() {
+    session_.expectEnd();
+    try {
+        // Not by the smart pointer's own destructor: stopping a helper that has gone already throws.
+        delete controller.release();
+    } catch (const std::exception& error) {
+        spdlog::warn("while stopping the QuickTime helper: {}", error.what());
+    }
+}
+
+}  // namespace Corvel
