@@ -47,6 +47,7 @@ private:
     void guarded(void (Pipeline::*work)(EncoderContext&), EncoderContext& context);
     void fail(std::exception_ptr reason);
     void throwFailure();
+    bool hasFailed();
     void stop();
 
     const EncodingPlan plan;
@@ -94,10 +95,9 @@ void VideoEncoder::Pipeline::addFrame(const float* rgba) {
     if (threads.empty() || finished)
         throw StatusError(Status::BadArgument,
                           "a frame came before the encoder was started or after it was finished");
-    throwFailure();
     FramePointer frame = queue.waitForRoom() ? pictures.take() : nullptr;
     throwFailure();
-    if (!frame)
+    if (hasFailed())
         throw StatusError(Status::CodecFailed, "no more frames can be added after an earlier failure");
     converter.convert(rgba, *frame);
     frame->pts = framesAdded++;
@@ -189,6 +189,11 @@ void VideoEncoder::Pipeline::throwFailure() {
     const std::lock_guard lock(failureMutex);
     if (failure)
         std::rethrow_exception(std::exchange(failure, nullptr));
+}
+
+bool VideoEncoder::Pipeline::hasFailed() {
+    const std::lock_guard lock(failureMutex);
+    return failed;
 }
 
 VideoEncoder::VideoEncoder(const EncodingPlan& plan) : pipeline(std::make_unique<Pipeline>(plan)) {}

@@ -13,8 +13,10 @@ namespace {
 
 constexpr int alignment = 64;          // bytes
 constexpr int paletteBytes = 256 * 4;  // the second plane of palette pictures
-/// Encoders may read a vector past the last sample.
+/// Encoders may read a vector past the last sample, and those of interlaced pictures whole macroblocks of each
+/// field past the last row; libav's own pictures have room for it.
 constexpr std::size_t slack = 64;
+constexpr int rowsOfSlack = 32;
 
 int alignedUp(int bytes) {
     return (bytes + alignment - 1) / alignment * alignment;
@@ -35,7 +37,7 @@ PicturePool::PicturePool(const EncodingPlan& encodingPlan) : plan(encodingPlan) 
         linesizes[plane] = alignedUp(linesizes[plane]);
         offsets[plane] = size;
         size += static_cast<std::size_t>(linesizes[plane]) *
-                (chroma ? height >> description.log2_chroma_h : height);
+                ((chroma ? height >> description.log2_chroma_h : height) + rowsOfSlack);
     }
     if (description.flags & AV_PIX_FMT_FLAG_PAL) {
         offsets[1] = size;
