@@ -13,8 +13,8 @@ namespace {
 
 constexpr int alignment = 64;          // bytes
 constexpr int paletteBytes = 256 * 4;  // the second plane of palette pictures
-/// Encoders may read a vector past the last sample, and those of interlaced pictures whole macroblocks of each
-/// field past the last row; libav's own pictures have room for it.
+/// Encoders may read a vector past the last sample, and those of interlaced pictures whole macroblocks of
+/// each field past the last row; libav's own pictures have room for it.
 constexpr std::size_t slack = 64;
 constexpr int rowsOfSlack = 32;
 
