@@ -15,6 +15,7 @@ constexpr const char* footer =
     "right arrow or . shows one frame, q or Escape closes it, which ends the command with exit code 0. "
     "Frames that\n"
     "come too late are dropped; at the end the helper says how many.\n"
+    "Ctrl-C ends, too; three times also while the window is paused.\n"
     "\n"
     "Examples:\n"
     "  corvel play 'shot.####.exr' --device display --mode 1920x1080@24\n"
@@ -54,7 +55,8 @@ private:
 };
 
 void PlayCommand::declare(CLI::App& app) {
-    app.add_option("INPUT", request.input, "Image sequence (shot.####.exr, shot.%04d.exr) or one still")
+    app.add_option("INPUT", request.input,
+                   "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie")
         ->required()
         ->type_name("");
     app.add_option("--device", request.device,

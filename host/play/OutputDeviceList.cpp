@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "host/play/OutputHelper.h"
+#include "host/render/HelperSession.h"
 
 namespace Corvel {
 
@@ -36,8 +37,9 @@ std::vector<OutputDeviceEntry> listOutputDevices(Morvane::QuickTime::QuickTimeVi
 }
 
 std::vector<OutputDeviceEntry> askForOutputDevices(Reporter& reporter) {
-    OutputHelper helper(reporter);
-    helper.session().setActivity("asking for the video outputs");
+    HelperSession session(0, reporter);
+    OutputHelper helper(session);
+    session.setActivity("asking for the video outputs");
     return listOutputDevices(helper.output());
 }
 

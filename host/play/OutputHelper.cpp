@@ -10,18 +10,18 @@ namespace Corvel {
 
 using Morvane::QuickTime::createVideoOutputController;
 
-OutputHelper::OutputHelper(Reporter& reporter) : session_(0, reporter) {
-    session_.start([this] { controller.reset(createVideoOutputController()); });
+OutputHelper::OutputHelper(HelperKeeper& keeper) : keeper(keeper) {
+    keeper.start([this] { controller.reset(createVideoOutputController()); });
 }
 
 OutputHelper::OutputHelper(Morvane::QuickTime::VideoOutputHandle device, const std::string& name,
-                           std::uint64_t frameBytes, Reporter& reporter)
-    : session_(frameBytes, reporter) {
-    session_.start([&] { controller.reset(createVideoOutputController(device, name)); });
+                           HelperKeeper& keeper)
+    : keeper(keeper) {
+    keeper.start([&] { controller.reset(createVideoOutputController(device, name)); });
 }
 
 OutputHelper::~OutputHelper() {
-    session_.expectEnd();
+    keeper.expectEnd();
     try {
         // Not by the smart pointer's own destructor: stopping a helper that has gone already throws.
         delete controller.release();

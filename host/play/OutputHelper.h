@@ -1,25 +1,22 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
 #include <string>
 
-#include "host/render/HelperSession.h"
+#include "host/movies/HelperKeeper.h"
 #include "quicktime/QuickTimeVideoOutputInterface.h"
 
 namespace Corvel {
 
-/// A QuickTime helper that drives video outputs, with all that it needs around it, from construction to
-/// destruction. One a process at a time. What the helper says goes to the reporter.
+/// A QuickTime helper that drives video outputs, from construction to destruction.
 class OutputHelper {
 public:
-    /// A helper that only lists devices. Throws Failure (HelperFailed).
-    explicit OutputHelper(Reporter& reporter);
+    /// A helper that only lists devices; `keeper` looks after it. Throws Failure (HelperFailed).
+    explicit OutputHelper(HelperKeeper& keeper);
 
-    /// A helper that has opened a device; whether that worked is told by selecting a mode. `frameBytes` is
-    /// what one frame takes. Throws Failure (HelperFailed).
-    OutputHelper(Morvane::QuickTime::VideoOutputHandle device, const std::string& name,
-                 std::uint64_t frameBytes, Reporter& reporter);
+    /// A helper that has opened a device; whether that worked is told by selecting a mode. Throws Failure
+    /// (HelperFailed).
+    OutputHelper(Morvane::QuickTime::VideoOutputHandle device, const std::string& name, HelperKeeper& keeper);
 
     /// Stops the helper, which tells its counts; frames that it has not shown yet are given up.
     ~OutputHelper();
@@ -27,10 +24,9 @@ public:
     OutputHelper& operator=(const OutputHelper&) = delete;
 
     Morvane::QuickTime::QuickTimeVideoOutputInterface& output() { return *controller; }
-    HelperSession& session() { return session_; }
 
 private:
-    HelperSession session_;
+    HelperKeeper& keeper;
     std::unique_ptr<Morvane::QuickTime::QuickTimeVideoOutputInterface> controller;
 };
 

@@ -6,20 +6,24 @@
 #include <algorithm>
 #include <array>
 #include <future>
+#include <memory>
 #include <optional>
 #include <thread>
 
 #include "Kex/Image/LUT.h"
 #include "host/images/ImageSequence.h"
+#include "host/movies/MovieSource.h"
 #include "host/play/FrameFit.h"
 #include "host/play/OutputChoice.h"
 #include "host/play/OutputHelper.h"
 #include "host/play/PlayProgress.h"
 #include "host/render/Curves.h"
+#include "host/render/HelperSession.h"
 #include "host/render/ReadAhead.h"
 
 namespace Corvel {
 
+using Morvane::QuickTime::QuickTimeVideoOutputInterface;
 using Morvane::QuickTime::VideoOutputMode;
 
 namespace {
@@ -44,18 +48,28 @@ FrameFit fitFor(const PlayRequest& request, const VideoOutputMode& mode) {
     return {mode.width, mode.height, *curveOr(request.lut, Kex::Image::LUT::getLut(displayCurve))};
 }
 
+std::unique_ptr<FrameSource> openInput(const PlayRequest& request, HelperSession& session) {
+    const Kex::Image::LUT* curve = curveOr(request.inputLut, nullptr);
+    if (isMovieName(request.input)) {
+        return std::make_unique<MovieSource>(request.input, curve, session);
+    }
+    return std::make_unique<ImageSequence>(request.input, curve);
+}
+
 /// Playing, once input, device and mode are settled.
 class PlayRun {
 public:
-    PlayRun(const PlayRequest& request, const FrameSource& source, std::vector<PlannedFrame> plan,
-            const VideoOutputMode& mode, OutputHelper& helper, Console& console)
+    PlayRun(const PlayRequest& request, const FrameSource& source, const std::vector<PlannedFrame>& plan,
+            const VideoOutputMode& mode, HelperSession& session, QuickTimeVideoOutputInterface& output,
+            Console& console)
         : request(request),
           source(source),
-          plan(std::move(plan)),
+          plan(plan),
           mode(mode),
-          helper(helper),
+          session(session),
+          output(output),
           fits{fitFor(request, mode), fitFor(request, mode)},
-          progress(console, request.loop ? 0 : static_cast<int>(this->plan.size())) {}
+          progress(console, request.loop ? 0 : static_cast<int>(plan.size())) {}
 
     Exit run();
 
@@ -76,9 +90,10 @@ private:
 
     const PlayRequest& request;
     const FrameSource& source;
-    const std::vector<PlannedFrame> plan;
+    const std::vector<PlannedFrame>& plan;
     const VideoOutputMode& mode;
-    OutputHelper& helper;
+    HelperSession& session;
+    QuickTimeVideoOutputInterface& output;
     std::array<FrameFit, 2> fits;  ///< used in turn
     PlayProgress progress;
 };
@@ -92,18 +107,18 @@ Exit PlayRun::run() {
     if (outcome == Outcome::Interrupted) {
         return Exit::Interrupted;
     }
-    helper.session().setActivity("showing the last frames");
-    helper.output().closeOutput();
+    session.setActivity("showing the last frames");
+    output.closeOutput();
     return Exit::Done;
 }
 
 void PlayRun::open() {
-    helper.session().setActivity("opening the video output");
-    const std::int32_t status = helper.output().selectMode(mode, request.fullScreen ? 1 : 0);
+    session.setActivity("opening the video output");
+    const std::int32_t status = output.selectMode(mode, request.fullScreen ? 1 : 0);
     if (status != 0) {
         throw Failure(Exit::NodeFailed, fmt::format("the video output can't be opened ({})", status));
     }
-    if (helper.output().getFrameSize() != frameBytes(mode)) {
+    if (output.getFrameSize() != frameBytes(mode)) {
         throw Failure(Exit::NodeFailed, "the video output wants frames of another size than its mode has");
     }
 }
@@ -111,9 +126,12 @@ void PlayRun::open() {
 ReadAhead::Limits PlayRun::limits() const {
     const unsigned threads =
         request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1U);
-    const Window size = source.header(*plan.front().source).display;
+    const auto real = std::find_if(plan.begin(), plan.end(),
+                                   [](const PlannedFrame& frame) { return frame.source.has_value(); });
+    const Window size = source.header(*real->source).display;
     // Reading a file takes as much scratch memory as its picture.
-    return ReadAhead::limitsFor(threads, 2 * Picture::bytes(size.width, size.height, 4), readAheadBytes);
+    return ReadAhead::limitsFor(std::min(threads, source.mostReaders()),
+                                2 * Picture::bytes(size.width, size.height, 4), readAheadBytes);
 }
 
 std::vector<PlannedFrame> PlayRun::round() const {
@@ -148,7 +166,7 @@ PlayRun::Outcome PlayRun::playRound() {
             return Outcome::AllSent;
         }
         upcoming = begin();
-        if (helper.session().interrupts().count() > 0) {
+        if (session.interrupts().count() > 0) {
             return Outcome::Interrupted;
         }
         if (!send(*frame)) {
@@ -159,9 +177,9 @@ PlayRun::Outcome PlayRun::playRound() {
 
 /// False when there is no window any more to show it in.
 bool PlayRun::send(const ReadyFrame& frame) {
-    helper.session().setActivity(fmt::format("showing frame {}", frame.number));
-    const std::int32_t status = helper.output().sendFrame(reinterpret_cast<const char*>(frame.pixels));
-    helper.session().setActivity("waiting for a frame");
+    session.setActivity(fmt::format("showing frame {}", frame.number));
+    const std::int32_t status = output.sendFrame(reinterpret_cast<const char*>(frame.pixels));
+    session.setActivity("waiting for a frame");
     if (status != 0 && status != windowClosed) {
         throw Failure(Exit::NodeFailed, fmt::format("frame {} was not shown ({})", frame.number, status));
     }
@@ -174,13 +192,15 @@ bool PlayRun::send(const ReadyFrame& frame) {
 }  // namespace
 
 Exit play(const PlayRequest& request, Console& console, Reporter& reporter) {
-    const ImageSequence source(request.input, curveOr(request.inputLut, nullptr));
-    std::vector<PlannedFrame> plan = planFrames(source, request.frames, request.missing);
     const std::vector<OutputDeviceEntry> devices = askForOutputDevices(reporter);
     const ChosenDevice device = chooseDevice(devices, request.device);
     const VideoOutputMode& mode = chooseMode(*device.entry, request.mode);
-    OutputHelper helper(device.entry->handle, device.name, frameBytes(mode), reporter);
-    return PlayRun(request, source, std::move(plan), mode, helper, console).run();
+    // A movie's frames, too, come out of a helper.
+    HelperSession session(frameBytes(mode) * 2, reporter);
+    const std::unique_ptr<FrameSource> source = openInput(request, session);
+    const std::vector<PlannedFrame> plan = planFrames(*source, request.frames, request.missing);
+    OutputHelper helper(device.entry->handle, device.name, session);
+    return PlayRun(request, *source, plan, mode, session, helper.output(), console).run();
 }
 
 }  // namespace Corvel

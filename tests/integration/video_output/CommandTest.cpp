@@ -110,6 +110,31 @@ TEST_F(Commands, PlaySendsEveryFrameToTheNetwork) {
     EXPECT_NEAR(centre[2], displayed(0.7F) * 255, 2.5);
 }
 
+TEST_F(Commands, MoviesArePlayedToo) {
+    const std::string input = makeSequence(12, 320, 180, "0.1,0.4,0.7");
+    const std::string movie = (folder / "m.mov").string();
+    ASSERT_EQ(run({"render", input, "-o", movie, "--codec", "png "}), 0);
+    const std::string device = "Network 127.0.0.1:" + std::to_string(freePort());
+
+    EXPECT_EQ(run({"play", movie, "--frames", "3-12", "--device", device, "--mode", "640x360@50"}), 0);
+
+    EXPECT_THAT(standardError(), HasSubstr("corvel: frame 3 (1 of 10)"));
+    EXPECT_THAT(standardError(), HasSubstr(device + ": "));
+}
+
+TEST_F(Commands, MissingFramesCanBeBlack) {
+    const std::string input = makeSequence(3, 32, 18, "0.5,0.5,0.5");
+    const std::string device = "Network 127.0.0.1:" + std::to_string(freePort());
+    const std::vector<std::string> arguments{"play",     input,  "--frames", "0-3",
+                                             "--device", device, "--mode",   "640x360@50"};
+
+    EXPECT_EQ(run(arguments), 3);
+    std::vector<std::string> black = arguments;
+    black.insert(black.end(), {"--missing", "black"});
+    EXPECT_EQ(run(black), 0);
+    EXPECT_THAT(standardError(), HasSubstr("corvel: frame 0 (1 of 4)"));
+}
+
 TEST_F(Commands, WhatCannotBePlayedIsSaid) {
     const std::string input = makeSequence(2, 32, 18, "0.5,0.5,0.5");
 
