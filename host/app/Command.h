@@ -36,6 +36,7 @@ public:
 std::unique_ptr<Command> renderCommand();
 std::unique_ptr<Command> codecsCommand();
 std::unique_ptr<Command> knobsCommand();
+std::unique_ptr<Command> presetsCommand();
 std::unique_ptr<Command> infoCommand();
 std::unique_ptr<Command> devicesCommand();
 std::unique_ptr<Command> playCommand();

@@ -7,6 +7,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(renderCommand());
     commands.push_back(codecsCommand());
     commands.push_back(knobsCommand());
+    commands.push_back(presetsCommand());
     commands.push_back(infoCommand());
     commands.push_back(devicesCommand());
     commands.push_back(playCommand());

@@ -8,6 +8,7 @@
 #include "host/app/KnobOptions.h"
 #include "host/app/StartUp.h"
 #include "host/images/FrameRange.h"
+#include "host/presets/PresetStore.h"
 #include "host/render/Curves.h"
 #include "host/render/Log.h"
 #include "host/render/Render.h"
@@ -88,12 +89,17 @@ private:
     void declareRunning(CLI::App& app);
 
     RenderRequest request;
+    std::string preset;
     std::optional<ProgressStyle> progress;
 };
 
 void RenderCommand::declare(CLI::App& app) {
     declareFiles(app);
     declareFrames(app);
+    app.add_option("--preset", preset,
+                   "Start from the knob values of that preset, as `corvel presets list` names them")
+        ->type_name("NAME")
+        ->group("Codec");
     declareKnobOptions(app, request.knobs);
     app.add_flag("--advanced", request.advanced,
                  "Show the codec's own settings dialog first, once all other settings are made")
@@ -206,6 +212,9 @@ Exit RenderCommand::run(Session& session) {
     const ProgressStyle standard = session.console.isTerminal() ? ProgressStyle::Bar : ProgressStyle::Plain;
     session.reporter = createReporter(progress.value_or(standard), session.console);
     logTo(session.reporter.get());
+    if (!preset.empty()) {
+        request.knobs = onTopOf(presetStore(Bundle().contents()).load(preset), request.knobs);
+    }
     checkKnobFiles(request.knobs);
     startUp();
     return render(request, *session.reporter);

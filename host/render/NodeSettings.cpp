@@ -44,12 +44,25 @@ bool isGiven(const RenderRequest& request, const std::string& knob) {
 }
 
 template <typename Wanted>
-void applyThose(Write& node, const RenderRequest& request, Wanted wanted) {
-    for (const KnobSetting& setting : request.knobs) {
+void applyThose(Write& node, const std::vector<KnobSetting>& settings, Wanted wanted) {
+    for (const KnobSetting& setting : settings) {
         if (wanted(setting.knob)) {
             applyKnob(node, setting.knob, setting.text);
         }
     }
+}
+
+bool isCodec(const std::string& knob) {
+    return knob == codecKnob;
+}
+
+bool isSettings(const std::string& knob) {
+    return knob == settingsKnob;
+}
+
+void applyBeforeSettings(Write& node, const std::vector<KnobSetting>& settings) {
+    applyThose(node, settings, isCodec);
+    applyThose(node, settings, [](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
 }
 
 void checkRate(double rate) {
@@ -137,13 +150,15 @@ Kex::Image::MetaData::Bundle bundleOf(const Metadata& metadata) {
 
 }  // namespace
 
+void applyKnobs(Write& node, const std::vector<KnobSetting>& settings) {
+    applyBeforeSettings(node, settings);
+    applyThose(node, settings, isSettings);
+}
+
 void applySettings(Write& node, PictureNode& picture, const RenderRequest& request, RenderPlan& plan) {
-    const auto isCodec = [](const std::string& knob) { return knob == codecKnob; };
-    const auto isSettings = [](const std::string& knob) { return knob == settingsKnob; };
-    applyThose(node, request, isCodec);
-    applyThose(node, request, [&](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
+    applyBeforeSettings(node, request.knobs);
     applyInputRate(node, request, plan);
-    applyThose(node, request, isSettings);
+    applyThose(node, request.knobs, isSettings);
     const bool carried = plan.carriesTimecode && !isGiven(request, writeTimecodeKnob);
     if (!request.timecode.empty() || carried) {
         applyKnob(node, writeTimecodeKnob, "on");

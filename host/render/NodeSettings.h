@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "Kex/Image/Write.h"
 #include "host/render/RenderPlan.h"
 #include "host/render/RenderRequest.h"
@@ -27,6 +30,10 @@ class PictureNode;
 /// The metadata that the node reads, `plan.metadata`, are settled on the way and given to `picture`.
 void applySettings(Kex::Image::Write& node, PictureNode& picture, const RenderRequest& request,
                    RenderPlan& plan);
+
+/// Turns knobs in the order that a panel calls for: the codec, which clears the settings; every other knob
+/// as it was given; the settings. Throws BadKnobValue; the knobs before that one are turned then.
+void applyKnobs(Kex::Image::Write& node, const std::vector<KnobSetting>& settings);
 
 /// A pixel aspect as a fraction of small numbers, such as "12/11".
 std::string aspectFraction(double aspect);
