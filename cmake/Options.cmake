@@ -21,18 +21,22 @@ if(CORVEL_CCACHE)
   set(CMAKE_CXX_COMPILER_LAUNCHER ${CORVEL_CCACHE})
 endif()
 
-# What every target of ours is compiled with.
-add_library(corvel_flags INTERFACE)
-add_library(morvane::flags ALIAS corvel_flags)
-target_include_directories(corvel_flags INTERFACE ${CMAKE_SOURCE_DIR})
-target_compile_options(corvel_flags INTERFACE
+# What every target of ours is compiled with. Who builds on the installed libraries gets the headers' folder and the
+# language version alone.
+set(ours
   -Wall -Wextra -Wpedantic -Wnon-virtual-dtor -Woverloaded-virtual
   # A constructor's parameter may have its member's name; clang's plain -Wshadow allows that already.
   $<IF:$<CXX_COMPILER_ID:GNU>,-Wshadow=local,-Wshadow>
   # Version 12 takes texts that are put together for copies over themselves.
   $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
   $<$<BOOL:${CORVEL_WERROR}>:-Werror>)
-target_compile_definitions(corvel_flags INTERFACE CORVEL_VERSION="${PROJECT_VERSION}")
+add_library(corvel_flags INTERFACE)
+add_library(morvane::flags ALIAS corvel_flags)
+target_include_directories(corvel_flags INTERFACE
+  $<BUILD_INTERFACE:${CMAKE_SOURCE_DIR}> $<INSTALL_INTERFACE:include/corvel>)
+target_compile_features(corvel_flags INTERFACE cxx_std_20)
+target_compile_options(corvel_flags INTERFACE "$<BUILD_INTERFACE:${ours}>")
+target_compile_definitions(corvel_flags INTERFACE $<BUILD_INTERFACE:CORVEL_VERSION="${PROJECT_VERSION}">)
 if(CORVEL_SANITIZE)
   add_compile_options(-fsanitize=${CORVEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${CORVEL_SANITIZE})

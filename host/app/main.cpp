@@ -8,43 +8,13 @@
 #include <exception>
 #include <new>
 
-#include "host/app/Command.h"
-#include "host/app/HelpText.h"
+#include "host/app/CommandLine.h"
 #include "host/images/FrameSource.h"
 #include "host/render/KnobValue.h"
 #include "host/render/Log.h"
 
 namespace Corvel {
 namespace {
-
-constexpr const char* description =
-    "corvel writes QuickTime movies from image sequences.\n"
-    "\n"
-    "The first movie:  corvel render 'shot.####.exr' -o shot.mov";
-
-constexpr const char* footer =
-    "Each command has a help of its own: corvel render --help\n"
-    "\n"
-    "Exit codes:\n"
-    "  0    done\n"
-    "  1    the Write node reported an error: the movie is not whole\n"
-    "  2    the command line can't be carried out as it stands\n"
-    "  3    an input is missing or unreadable\n"
-    "  4    the QuickTime helper is missing or died\n"
-    "  130  interrupted; the movie so far is kept";
-
-using Commands = std::vector<std::unique_ptr<Command>>;
-
-void declare(CLI::App& app, const Commands& commands) {
-    app.set_version_flag("--version", "corvel " CORVEL_VERSION, "Print the version and exit");
-    app.set_help_flag("-h,--help", "Print this help and exit");
-    app.require_subcommand(1);
-    app.footer(footer);
-    app.formatter(makeHelpFormatter());
-    for (const auto& command : commands) {
-        command->declare(*app.add_subcommand(command->name(), command->summary()));
-    }
-}
 
 // Says what went wrong, and ends the report of a render that never got as far as its own end.
 Exit fail(Exit code, const std::string& reason, Session& session) {
@@ -72,9 +42,9 @@ Exit run(Command& command, Session& session) {
 }
 
 Exit parseAndRun(int argc, char** argv, Session& session) {
-    const Commands commands = allCommands();
-    CLI::App app(description, "corvel");
-    declare(app, commands);
+    const auto commands = allCommands();
+    CLI::App app;
+    declareCommandLine(app, commands);
     if (argc < 2) {
         fmt::print(stderr, "{}", app.help());
         return Exit::Usage;
