@@ -1,5 +1,6 @@
 #include "worker/Status.h"
 #include "worker/codec/ColourNames.h"
+#include "worker/codec/QualityText.h"
 #include "worker/codec/Settings.h"
 #include "worker/codec/SettingsText.h"
 
@@ -48,23 +49,13 @@ void addValue(Property::PropertyList& list, const std::string& name, const std::
         addText(list, name, value);
 }
 
-std::string qualityText(const Codec& codec) {
-    static constexpr const char* names[] = {"Min", "Low", "Normal", "High", "Max", "Lossless"};
-    if (!codec.hasQuality())
-        return codec.lossless == Lossless::Always ? "lossless at every quality" : "the same at every quality";
-    std::string text;
-    for (int quality = 0; quality < 6; ++quality)
-        text += fmt::format("{}{}: {}", text.empty() ? "" : "; ", names[quality], codec.quality[quality]);
-    return text;
-}
-
 void addFacts(Property::PropertyList& list, const Codec& codec) {
     addNumber(list, factPrefix + "bits", codec.highestBits());
     addNumber(list, factPrefix + "alpha", codec.hasAlpha());
     addNumber(list, factPrefix + "intra", codec.intraOnly);
     addNumber(list, factPrefix + "lossless", codec.lossless != Lossless::Never);
     addText(list, factPrefix + "sizes", codec.sizeSentence);
-    addText(list, factPrefix + "quality", qualityText(codec));
+    addText(list, factPrefix + "quality", describeQualities(codec));
 }
 
 std::string joined(const std::set<int>& numbers) {

@@ -44,6 +44,20 @@ TEST(SettingsProperties, TheCodecsFactsComeFirst) {
     EXPECT_THAT(value(list, "codec/quality"), StartsWith("Min: "));
 }
 
+TEST(SettingsProperties, QualitiesAreTold) {
+    const auto told = [](const char* type) {
+        return value(read(Settings::defaults(*findCodec(type)).propertyListText()), "codec/quality");
+    };
+    EXPECT_EQ(told("avc1"),
+              "Min: rate factor 34; Low: rate factor 28; Normal: rate factor 23; High: rate factor 18; "
+              "Max: rate factor 12; Lossless: lossless");
+    EXPECT_THAT(told("apch"), HasSubstr("High: quantiser 7; Max: the profile's data rate"));
+    EXPECT_THAT(told("mjp2"), HasSubstr("Min: 80:1"));
+    EXPECT_THAT(told("AVdn"), HasSubstr("Min: 75 Mbit/s"));
+    EXPECT_EQ(told("raw "), "lossless at every quality");
+    EXPECT_EQ(told("cvid"), "the same at every quality");
+}
+
 /// Lists read doubles back as whole numbers, so that only whole numbers may travel as numbers.
 TEST(SettingsProperties, OnlyWholeNumbersAreNumbers) {
     const auto list =
