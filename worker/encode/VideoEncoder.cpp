@@ -98,7 +98,7 @@ void VideoEncoder::Pipeline::addFrame(const float* rgba) {
     FramePointer frame = queue.waitForRoom() ? pictures.take() : nullptr;
     throwFailure();
     if (hasFailed())
-        throw StatusError(Status::CodecFailed, "no more frames can be added after an earlier failure");
+        throw StatusError(Status::BadArgument, "no more frames can be added after an earlier failure");
     converter.convert(rgba, *frame);
     frame->pts = framesAdded++;
     queue.put(std::move(frame));

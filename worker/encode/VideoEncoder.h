@@ -45,7 +45,7 @@ public:
 
     /// Converts `rgba` (width x height x 4 floats, RGBA, top row first, curved, premultiplied) and queues it
     /// as the next frame. Blocks while the queue is full. Throws StatusError: the reason of an earlier
-    /// failure once, after that that no more frames are taken.
+    /// failure once, after that BadArgument: no more frames are taken.
     void addFrame(const float* rgba);
 
     /// Waits until every frame is encoded and delivered. Throws the reason of a failure that no `addFrame`

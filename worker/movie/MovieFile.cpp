@@ -83,6 +83,11 @@ public:
     void addVideoPacket(const AVPacket& packet) {
         const std::lock_guard lock(mutex);
         throwFailure();
+        if (incomplete) {
+            throw StatusError(
+                Status::BadArgument,
+                fmt::format("{} takes no more pictures after some were lost", movie.file().path()));
+        }
         if (movie.waitingBytes() == 0) {
             oldest = Clock::now();
         }
@@ -168,7 +173,7 @@ public:
         writing([this] { movie.flush(); });
         movie.file().checkStillThere();
         FragmentedMovie found = scanFragments(movie.file());
-        if (failure) {
+        if (incomplete) {
             dropIncompleteTail(found.pictures, movie.timeScale().ticksPerFrame);
         } else if (static_cast<std::int64_t>(found.pictures.size()) != movie.packets()) {
             throw StatusError(Status::InputOutput,
@@ -190,7 +195,7 @@ public:
     }
 
 private:
-    /// What fails while it writes is kept for whoever calls next.
+    /// What fails while it writes is kept for whoever calls next, who is told once.
     template <typename Work>
     void writing(Work&& work) {
         try {
@@ -203,14 +208,17 @@ private:
     }
 
     void keepFailure(const StatusError& error) {
+        incomplete = true;
         if (!failure) {
             failure.emplace(error);
         }
     }
 
-    void throwFailure() const {
+    void throwFailure() {
         if (failure) {
-            throw StatusError(*failure);
+            const StatusError told = *failure;
+            failure.reset();
+            throw StatusError(told);
         }
     }
 
@@ -230,7 +238,7 @@ private:
     void flushInTime() {
         std::unique_lock lock(mutex);
         while (!stopping) {
-            if (movie.waitingBytes() == 0 || failure) {
+            if (movie.waitingBytes() == 0 || incomplete) {
                 changed.wait(lock);
             } else if (changed.wait_until(lock, oldest + longestWait) == std::cv_status::timeout &&
                        Clock::now() >= oldest + longestWait) {
@@ -255,7 +263,8 @@ private:
     std::chrono::milliseconds longestWait;
     std::vector<IndexTrack> sounds;
     std::optional<PositionedSound> samples;
-    std::optional<StatusError> failure;
+    std::optional<StatusError> failure;  ///< that nobody has been told yet
+    bool incomplete = false;             ///< something could not be written
     bool finished = false;
 
     std::mutex mutex;

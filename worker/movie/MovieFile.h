@@ -28,9 +28,10 @@ namespace Morvane::Worker {
 /// Threads: packets may come from one thread while another calls the rest; `finish` and the destructor alone.
 /// Every call may block for as long as the disk does.
 ///
-/// Failures throw StatusError, whose words name the file and what the system said. When a packet cannot be
-/// written, also in the background, every later packet and `finish` throw the same reason, `finish` after it
-/// has made an ordinary movie of what is on the file.
+/// Failures throw StatusError, whose words name the file and what the system said. Each is thrown once: when
+/// a packet cannot be written, by that packet or, where it was written in the background, by the next one; by
+/// `finish` where no packet came after it. Later packets are refused (BadArgument), and `finish` makes an
+/// ordinary movie of what is on the file and throws only what nobody was told before.
 class MovieFile {
 public:
     struct Options {

@@ -46,17 +46,24 @@ void OpenMovie::finishVideo() {
 
 void OpenMovie::setSampleFormat(const SampleFormat& format) {
     sampleFormatRefusal.reset();
+    sampleFormatRefused = false;
     try {
-        keepFailure([&] { file->setSampleFormat(format); });
+        file->setSampleFormat(format);
     } catch (const StatusError& error) {
         sampleFormatRefusal.emplace(error);
+        sampleFormatRefused = true;
         throw;
     }
 }
 
 void OpenMovie::addSamples(std::int64_t position, std::int64_t count, const std::byte* samples) {
-    if (sampleFormatRefusal)
-        throw *sampleFormatRefusal;
+    if (sampleFormatRefusal) {
+        const StatusError told = *sampleFormatRefusal;
+        sampleFormatRefusal.reset();
+        throw StatusError(told);
+    }
+    if (sampleFormatRefused)
+        throw StatusError(Status::BadArgument, "sound samples came after their format was refused");
     file->addSamples(position, count, samples);
 }
 
@@ -90,8 +97,9 @@ void OpenMovie::close(bool indexFirst) {
         // Kept: what has been encoded becomes a movie first.
     }
     file->finish(indexFirst);
-    if (firstFailure)
-        throw StatusError(firstFailure->status, path + " is not whole: " + firstFailure->what());
+    for (const auto& untold : {firstFailure, sampleFormatRefusal})
+        if (untold)
+            throw StatusError(untold->status, path + " is not whole: " + untold->what());
 }
 
 }  // namespace Morvane::Worker

@@ -16,10 +16,11 @@ namespace Morvane::Worker {
 /// A movie between `openFile` and `closeFile`: the encoder and the file it writes to. Used by one thread.
 /// Every operation throws StatusError.
 ///
-/// Some operations have no answer that a host reads ("kept" below). Their failures are thrown and also kept,
-/// and `close` throws the first of them once the movie is as whole as it can be, so that no movie with
-/// something missing is called a success. Destroying it unclosed drops what is not encoded yet and leaves the
-/// file readable.
+/// Every failure reaches the host once, by the next answer that it reads. Some operations have no such answer
+/// ("kept" below): their failures are thrown and also kept, and `close` throws the first of them once the
+/// movie is as whole as it can be. What `addFrame` or `addSamples` has thrown `close` does not repeat: it
+/// makes a movie of what there is and tells how that went. Destroying it unclosed drops what is not encoded
+/// yet and leaves the file readable.
 class OpenMovie {
 public:
     struct Options {
@@ -34,7 +35,7 @@ public:
     explicit OpenMovie(const Options& options);
 
     /// Takes one frame's pixels: `frameBytes` bytes, width x height x 4 floats. Throws the reason why these,
-    /// or earlier ones, could not be encoded.
+    /// or earlier ones, could not be encoded or written, once; BadArgument after that.
     void addFrame(const std::byte* pixels);
     std::uint64_t frameBytes() const;
     bool hasSize(std::int32_t width, std::int32_t height) const;
@@ -44,7 +45,7 @@ public:
 
     /// `position` and `count` in sample frames. Throws, too, why the format was refused.
     void addSamples(std::int64_t position, std::int64_t count, const std::byte* samples);
-    /// A format that is refused is told by the next `addSamples`, and by `close`.
+    /// A format that is refused is told by the next `addSamples`, or by `close` where none comes.
     void setSampleFormat(const SampleFormat& format);
     /// Kept.
     void finishSamples();
@@ -68,7 +69,8 @@ private:
     VideoEncoder encoder;
     bool videoFinished = false;
     bool hasTimecode = false;  ///< the host has named one
-    std::optional<StatusError> sampleFormatRefusal;
+    bool sampleFormatRefused = false;
+    std::optional<StatusError> sampleFormatRefusal;  ///< that nobody has been told yet
     std::optional<StatusError> firstFailure;
 };
 

@@ -94,39 +94,63 @@ private:
     rlimit before = {};
 };
 
-TEST(MovieFullDiskTest, AFullDiskIsSaidInTheSystemsWordsAndTheMovieOfWhatIsThereIsMadeWhole) {
-    TestFolder folder;
-    const std::string path = folder.file("a.mov");
+TestPackets::Request largeFrames(int count) {
     TestPackets::Request request;
-    request.frames = 400;
+    request.frames = count;
     request.width = 640;
     request.height = 480;
     request.encoder = "rawvideo";
     request.pixels = AV_PIX_FMT_UYVY422;
     request.tag = MKTAG('2', 'v', 'u', 'y');
-    const TestPackets packets(request);
+    return request;
+}
+
+TEST(MovieFullDiskTest, AFullDiskIsSaidInTheSystemsWordsAndTheMovieOfWhatIsThereIsMadeWhole) {
+    TestFolder folder;
+    const std::string path = folder.file("a.mov");
+    const TestPackets packets(largeFrames(400));
     const FileSizeLimit limit(64 << 20);
     std::string words;
     {
         MovieFile movie(path, {packets.track(), TimecodeTrack{24, 86400, "A"}, {}});
-        EXPECT_EQ(statusOf([&] {
-                      for (const AVPacket* packet : packets.packets()) {
-                          movie.addVideoPacket(*packet);
-                      }
-                  }),
-                  Status::DiskFull);
         try {
-            movie.finish(true);
+            for (const AVPacket* packet : packets.packets()) {
+                movie.addVideoPacket(*packet);
+            }
         } catch (const StatusError& error) {
             EXPECT_EQ(error.status, Status::DiskFull);
             words = error.what();
         }
+        // Told once: what comes after it is out of order, and the end tells how the end went.
+        EXPECT_EQ(statusOf([&] { movie.addVideoPacket(*packets.packets()[0]); }), Status::BadArgument);
+        EXPECT_EQ(statusOf([&] { movie.finish(true); }), Status::Success);
     }
 
     EXPECT_EQ(words, "cannot write " + path + ": File too large");
     EXPECT_EQ(problemsOf(path), "");
     // All but what did not fit: some 100 frames of 600 KiB.
     EXPECT_GE(decodedFrames(path), ((64 << 20) - (2 << 20) - (9 << 20)) / (640 * 480 * 2));
+}
+
+TEST(MovieFullDiskTest, WhatNoLaterPacketWasToldTheEndTells) {
+    TestFolder folder;
+    const std::string path = folder.file("a.mov");
+    // The first 14 reach the file together, the other four wait and then do not fit.
+    const TestPackets packets(largeFrames(18));
+    const FileSizeLimit limit(12 << 20);
+    {
+        MovieFile::Options options{packets.track(), TimecodeTrack{24, 86400, "A"}, {}};
+        options.longestWait = std::chrono::hours(1);
+        MovieFile movie(path, options);
+        for (const AVPacket* packet : packets.packets()) {
+            movie.addVideoPacket(*packet);
+        }
+
+        EXPECT_EQ(statusOf([&] { movie.finish(true); }), Status::DiskFull);
+    }
+
+    EXPECT_EQ(problemsOf(path), "");
+    EXPECT_EQ(decodedFrames(path), 14);
 }
 
 TEST(MovieFullDiskTest, SoundThatDoesNotFitIsTakenBackAndTheMovieFinished) {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <cmath>
 #include <fstream>
@@ -207,7 +208,60 @@ TEST_F(WriteMovieTest, RefusesSamplesOfAFormThatCannotBe) {
 
     EXPECT_EQ(sut->addSamples(0, 1, "abcd"), -8961);
 
+    EXPECT_EQ(sut->addSamples(0, 1, "abcd"), -50);
+    EXPECT_EQ(sut->closeFile(true), 0);
+}
+
+TEST_F(WriteMovieTest, SaysAtTheEndThatSamplesNeverHadAForm) {
+    configure("mjpa");
+    EXPECT_EQ(sut->openFile(path("a.mov"), 1), 0);
+    EXPECT_EQ(addFrame(1), 0);
+    sut->setSampleFormat(5, true, 48000, "");
+
     EXPECT_EQ(sut->closeFile(true), -8961);
+
+    EXPECT_EQ(probe(path("a.mov"), "stream=nb_read_frames"), "1\n");
+}
+
+/// The worker and its files can grow no further than so many bytes: a disk that is full.
+class FullDiskTest : public WriteMovieTest {
+protected:
+    void SetUp() override {
+        getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit limited = {rlim_t{5} << 20, before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limited);
+        WriteMovieTest::SetUp();
+    }
+    void TearDown() override {
+        WriteMovieTest::TearDown();
+        setrlimit(RLIMIT_FSIZE, &before);
+    }
+
+    /// Frames until one is refused; its status.
+    int addFramesUntilOneIsRefused() {
+        for (int frame = 0; frame < 20000; ++frame)
+            if (const int status = addFrame(frame); status != 0)
+                return status;
+        return 0;
+    }
+
+    int framesIn(const std::string& movie) { return std::stoi(probe(movie, "stream=nb_read_frames")); }
+
+private:
+    rlimit before = {};
+};
+
+TEST_F(FullDiskTest, IsAnsweredOnceByTheNextFrameAndTheMovieIsClosed) {
+    configure("raw ");
+    EXPECT_EQ(sut->openFile(path("a.mov"), 1), 0);
+
+    EXPECT_EQ(addFramesUntilOneIsRefused(), -34);
+
+    EXPECT_EQ(addFrame(1), -50);
+    sut->finishVideo();
+    EXPECT_EQ(sut->closeFile(true), 0);
+    EXPECT_GE(framesIn(path("a.mov")), 1000);
+    EXPECT_NE(errors().find("cannot write " + path("a.mov")), std::string::npos);
 }
 
 TEST_F(WriteMovieTest, PutsPropertiesIntoTheMovie) {
