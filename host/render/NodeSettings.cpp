@@ -129,6 +129,10 @@ void addToSettings(Write& node, const RenderRequest& request, const RenderPlan& 
     if (plan.lut != nullptr && !settings.has("colour") && !transferOf(*plan.lut).empty()) {
         settings.add("transfer", transferOf(*plan.lut));
     }
+    // Only straight alpha is divided in linear light.
+    if (settings.value("alpha") == "straight") {
+        settings.add("curve", node.lut() != nullptr ? node.lut()->name() : "linear");
+    }
     addTimecode(settings, node, plan);
     for (const auto& [key, value] : request.metadata) {
         if (plan.metadata.count(key) == 0) {

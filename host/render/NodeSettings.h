@@ -21,6 +21,7 @@ class PictureNode;
 /// - `aspect=N/D`, the pixel aspect, when the node is to use the format's;
 /// - `threads`, when their number was given;
 /// - `transfer`, when a curve was chosen that has a name there;
+/// - `curve`, the curve of the movie's values, when the settings ask for straight alpha;
 /// - `timecode` and `reel`, when a time code is to be written, so that a movie that is cut off by a crash has
 /// them
 ///   already: the track itself is only made at the end;

@@ -1,6 +1,6 @@
 #include "host/render/SettingsText.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace Corvel {
 namespace {
@@ -66,13 +66,18 @@ std::string escaped(const std::string& text) {
 SettingsText::SettingsText(std::string given) : text_(std::move(given)) {
     Tokens tokens(text_);
     while (!tokens.atEnd()) {
-        keys.push_back(withoutBlanksAround(tokens.next("=")));
-        tokens.next(":");
+        const std::string key = withoutBlanksAround(tokens.next("="));
+        values[key] = withoutBlanksAround(tokens.next(":"));
     }
 }
 
 bool SettingsText::has(const std::string& key) const {
-    return std::find(keys.begin(), keys.end(), key) != keys.end();
+    return values.count(key) != 0;
+}
+
+std::string SettingsText::value(const std::string& key) const {
+    const auto entry = values.find(key);
+    return entry == values.end() ? "" : entry->second;
 }
 
 void SettingsText::add(const std::string& key, const std::string& value) {
@@ -80,7 +85,7 @@ void SettingsText::add(const std::string& key, const std::string& value) {
         return;
     }
     text_ += (text_.empty() ? "" : ":") + escaped(key) + '=' + escaped(value);
-    keys.push_back(key);
+    values[key] = value;
 }
 
 }  // namespace Corvel

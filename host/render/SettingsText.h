@@ -1,7 +1,7 @@
 #pragma once
 
+#include <map>
 #include <string>
-#include <vector>
 
 namespace Corvel {
 
@@ -16,6 +16,8 @@ public:
 
     /// Whether the text has that key.
     bool has(const std::string& key) const;
+    /// The value of that key, the last where it stands there twice; empty where it does not.
+    std::string value(const std::string& key) const;
     /// Adds `key=value`, escaped, unless the text has the key.
     void add(const std::string& key, const std::string& value);
 
@@ -23,7 +25,7 @@ public:
 
 private:
     std::string text_;
-    std::vector<std::string> keys;
+    std::map<std::string, std::string> values;
 };
 
 }  // namespace Corvel

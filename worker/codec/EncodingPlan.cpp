@@ -247,6 +247,7 @@ EncodingPlan planEncoding(const EncodingRequest& request) {
     plan.rate = request.rate;
     plan.sourceHasAlpha = request.hasAlpha;
     plan.alpha = plan.picture->alpha && request.hasAlpha ? settings.alpha : AlphaMode::None;
+    plan.curve = settings.curve;
     plan.colour = colourOf(settings, *plan.picture);
     plan.fields = settings.fields;
     plan.aspect = settings.aspect.num != 0 ? settings.aspect : codec.aspect;

@@ -33,6 +33,7 @@ struct EncodingPlan {
     int height = 0;
     AVRational rate = {24, 1};
     AlphaMode alpha = AlphaMode::None;  ///< None also for a picture without alpha
+    Curve curve = Curve::Srgb;          ///< of the pixels that come; only straight alpha takes it off
     bool sourceHasAlpha = false;
     ColourDecision colour;
     AVFieldOrder fields = AV_FIELD_PROGRESSIVE;

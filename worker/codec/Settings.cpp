@@ -25,6 +25,8 @@ SettingPairs pairsOf(const Settings& settings) {
         pairs.emplace_back("profile", settings.profile);
     pairs.emplace_back("bitdepth", numberOrAuto(settings.bits));
     pairs.emplace_back("alpha", alphaModeName(settings.alpha));
+    if (settings.alpha == AlphaMode::Straight)
+        pairs.emplace_back("curve", curveName(settings.curve));
     pairs.emplace_back("primaries", ColourNames::nameOf(settings.colour.primaries));
     pairs.emplace_back("transfer", ColourNames::nameOf(settings.colour.transfer));
     pairs.emplace_back("matrix", ColourNames::nameOf(settings.colour.matrix));

@@ -2,6 +2,7 @@
 
 #include "worker/codec/CodecTable.h"
 #include "worker/codec/Colour.h"
+#include "worker/codec/Curve.h"
 
 extern "C" {
 #include <libavcodec/codec_par.h>
@@ -19,9 +20,9 @@ namespace Morvane::Worker {
 /// (NotSupportedByCodec) with a sentence where a key is unknown, has no effect for the codec, or has an
 /// impossible value. A key given twice counts once, the later value.
 ///
-/// Common keys: profile, bitdepth, alpha, colour (a preset: bt709, srgb, bt601, p3-d65, bt2020, pq, hlg),
-/// primaries, transfer, matrix, range, fields, aspect, threads, timecode, reel, meta.KEY; besides them the
-/// codec's own options.
+/// Common keys: profile, bitdepth, alpha, curve (only with alpha=straight), colour (a preset: bt709, srgb,
+/// bt601, p3-d65, bt2020, pq, hlg), primaries, transfer, matrix, range, fields, aspect, threads, timecode,
+/// reel, meta.KEY; besides them the codec's own options.
 class Settings {
 public:
     /// The defaults of `row`: what the empty text means.
@@ -52,6 +53,7 @@ public:
     std::string profile;  ///< empty where the codec has none; "auto" where depth and quality decide
     int bits = 8;         ///< bits a channel
     AlphaMode alpha = AlphaMode::None;
+    Curve curve = Curve::Srgb;  ///< of the pixels that come; only straight alpha takes it off
     ColourDecision colour;
     AVFieldOrder fields = AV_FIELD_PROGRESSIVE;
     AVRational aspect = {0, 1};  ///< pixel aspect; 0/1: the codec's own (square but for DV)

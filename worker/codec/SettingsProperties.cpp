@@ -78,6 +78,8 @@ std::vector<KeyDescription> commonKeys(const Settings& settings) {
     return {{"bitdepth", "integer", depths(codec), "Bits a channel"},
             {"alpha", "choice", codec.hasAlpha() ? "none|straight|premultiplied" : "none",
              "What becomes of the alpha channel"},
+            {"curve", "choice", settings.alpha == AlphaMode::Straight ? curveNames() : "",
+             "The curve that the pixels went through, for alpha=straight"},
             {"primaries", "choice", ColourNames::primariesNames(), "The colours of the primaries, as a tag"},
             {"transfer", "choice", ColourNames::transferNames(), "The transfer curve, as a tag"},
             {"matrix", "choice", fixedMatrix ? "smpte170m" : ColourNames::matrixNames(),

@@ -124,6 +124,25 @@ std::optional<AVRational> ratioOf(const std::string& text) {
     return AVRational{*width, *height};
 }
 
+/// The curve of pixels that nobody names: what the transfer says where that is certain, else the host's own,
+/// the sRGB curve, which it tags as BT.709.
+Curve usualCurve(AVColorTransferCharacteristic transfer) {
+    switch (transfer) {
+        case AVCOL_TRC_LINEAR:
+            return Curve::Linear;
+        case AVCOL_TRC_GAMMA22:
+            return Curve::Gamma22;
+        case AVCOL_TRC_GAMMA28:
+            return Curve::Gamma28;
+        case AVCOL_TRC_SMPTE2084:
+            return Curve::Pq;
+        case AVCOL_TRC_ARIB_STD_B67:
+            return Curve::Hlg;
+        default:
+            return Curve::Srgb;
+    }
+}
+
 }  // namespace
 
 SettingsReader::SettingsReader(const Codec& row, const SettingPairs& pairs)
@@ -137,6 +156,7 @@ Settings SettingsReader::read() {
     readBits();
     readAlpha();
     readColour();
+    readCurve();
     readFields();
     readAspect();
     readThreads();
@@ -252,6 +272,20 @@ void SettingsReader::readColour() {
     readRange(rgb);
 }
 
+void SettingsReader::readCurve() {
+    const std::string* value = take("curve");
+    if (!value) {
+        settings.curve = usualCurve(settings.colour.transfer);
+        return;
+    }
+    if (settings.alpha != AlphaMode::Straight)
+        refuse(fmt::format("curve={} has no effect without alpha=straight", *value));
+    const auto curve = curveNamed(*value);
+    if (!curve)
+        refuseValue("curve", *value, curveNames());
+    settings.curve = *curve;
+}
+
 void SettingsReader::readPreset() {
     const std::string* value = take("colour");
     if (!value)
@@ -363,9 +397,9 @@ void SettingsReader::refuseTheRest() const {
     if (!others.empty())
         refuse(fmt::format("{} has no effect for {}; it belongs to {}", key, codec.name,
                            fmt::join(others, ", ")));
-    std::vector<std::string> keys = {"profile",  "bitdepth", "alpha", "colour",  "primaries",
-                                     "transfer", "matrix",   "range", "fields",  "aspect",
-                                     "threads",  "timecode", "reel",  "meta.KEY"};
+    std::vector<std::string> keys = {"profile",   "bitdepth", "alpha",    "curve", "colour",
+                                     "primaries", "transfer", "matrix",   "range", "fields",
+                                     "aspect",    "threads",  "timecode", "reel",  "meta.KEY"};
     for (const CodecOption& option : codec.options)
         keys.emplace_back(option.key);
     refuse(fmt::format("there is no setting \"{}\"; {} has {}", key, codec.name, fmt::join(keys, ", ")));

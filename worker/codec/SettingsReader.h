@@ -24,6 +24,7 @@ private:
     void readBits();
     void readAlpha();
     void readColour();
+    void readCurve();
     void readPreset();
     void readMatrix(bool rgb);
     void readRange(bool rgb);

@@ -19,7 +19,7 @@ const float* RowSource::pixels(int y, int left, int right, std::vector<float>& s
         return source;
     const std::size_t count = right - left;
     scratch.resize(std::max(scratch.size(), 4 * count));
-    divideAlphaOut(source, scratch.data(), count, plan.colour.transfer);
+    divideAlphaOut(source, scratch.data(), count, plan.curve);
     return scratch.data();
 }
 

@@ -97,6 +97,17 @@ TEST_F(NodeSettingsTest, AddsNoTransferForACurveWithoutAName) {
     EXPECT_EQ(settingsAfter(), "");
 }
 
+TEST_F(NodeSettingsTest, NamesTheCurveWhereAlphaIsToBeStraight) {
+    request.knobs = {{"settings", "alpha=straight"}};
+    EXPECT_EQ(settingsAfter(), "alpha=straight:curve=linear") << "this writer has no curve of its own";
+    fake.node.setLut(Kex::Image::LUT::find("cineon"));
+    EXPECT_EQ(settingsAfter(), "alpha=straight:curve=cineon");
+    request.knobs = {{"settings", "alpha=straight:curve=linear"}};
+    EXPECT_EQ(settingsAfter(), "alpha=straight:curve=linear");
+    request.knobs = {{"settings", "alpha=premultiplied"}};
+    EXPECT_EQ(settingsAfter(), "alpha=premultiplied");
+}
+
 TEST_F(NodeSettingsTest, LeavesAColourAloneThatWasGiven) {
     plan.lut = Kex::Image::LUT::find("linear");
     request.knobs = {{"settings", "colour=pq"}};

@@ -40,6 +40,13 @@ TEST(SettingsText, FindsKeysBehindEscapedAndQuotedSeparators) {
     EXPECT_FALSE(sut.has("aspect"));
 }
 
+TEST(SettingsText, GivesTheValueThatCounts) {
+    const SettingsText sut("alpha=none: alpha = straight :reel='a:b'");
+    EXPECT_EQ(sut.value("alpha"), "straight");
+    EXPECT_EQ(sut.value("reel"), "a:b");
+    EXPECT_EQ(sut.value("curve"), "");
+}
+
 TEST(SettingsText, PassesOverBlanksAroundKeys) {
     EXPECT_TRUE(SettingsText("a=1: threads =2").has("threads"));
 }

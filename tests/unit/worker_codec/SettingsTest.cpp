@@ -136,6 +136,27 @@ TEST(Settings, AlphaIsPremultipliedWhereThereIsOneAndNoneElsewhere) {
     EXPECT_NE(refusal("alpha=maybe", "png "), "");
 }
 
+TEST(Settings, CurveBelongsToStraightAlpha) {
+    EXPECT_EQ(parsed("alpha=straight", "png ").curve, Curve::Srgb);
+    EXPECT_EQ(parsed("alpha=straight:curve=gamma1.8", "png ").curve, Curve::Gamma18);
+    EXPECT_EQ(parsed("alpha=straight:colour=pq:curve=cineon", "png ").curve, Curve::Cineon);
+    EXPECT_EQ(parsed("alpha=straight:curve=cineon", "png ").text(),
+              parsed(parsed("alpha=straight:curve=cineon", "png ").text(), "png ").text());
+    EXPECT_THAT(refusal("curve=rec709", "png "), HasSubstr("no effect without alpha=straight"));
+    EXPECT_THAT(refusal("curve=rec709", "apch"), HasSubstr("no effect"));
+    EXPECT_THAT(refusal("alpha=straight:curve=wavy", "png "), HasSubstr("srgb|linear|rec709"));
+}
+
+/// Only transfers that leave no doubt; BT.709 is how the sRGB curve is tagged.
+TEST(Settings, CurveThatNobodyNamesIsTheTransfersOrSrgb) {
+    for (const auto& [transfer, curve] :
+         {std::pair("linear", Curve::Linear), std::pair("gamma22", Curve::Gamma22),
+          std::pair("gamma28", Curve::Gamma28), std::pair("pq", Curve::Pq), std::pair("hlg", Curve::Hlg),
+          std::pair("bt709", Curve::Srgb), std::pair("srgb", Curve::Srgb), std::pair("bt601", Curve::Srgb)})
+        EXPECT_EQ(parsed(std::string("alpha=straight:transfer=") + transfer, "png ").curve, curve)
+            << transfer;
+}
+
 TEST(Settings, ColourPresetsSetPrimariesTransferAndMatrix) {
     const struct {
         const char* name;

@@ -199,7 +199,7 @@ TEST(PictureConverter, StraightAlphaIsDividedBeforeRounding) {
     for (const char* type : {"png ", "ap4h"}) {
         const EncodingPlan straight = planOf({type, "alpha=straight", 64, 48, true});
         std::vector<float> divided = pixels;
-        divideAlphaOut(divided.data(), divided.data(), divided.size() / 4, AVCOL_TRC_BT709);
+        divideAlphaOut(divided.data(), divided.data(), divided.size() / 4, Curve::Srgb);
         const FramePointer one = converted(straight, pixels);
         const FramePointer other = converted(planOf({type, "", 64, 48, true}), divided);
         for (int y = 0; y < 48; ++y)
@@ -207,6 +207,20 @@ TEST(PictureConverter, StraightAlphaIsDividedBeforeRounding) {
                 for (int c = 0; c < 4; ++c)
                     ASSERT_EQ(sample(*one, c, x, y), sample(*other, c, x, y)) << type;
     }
+}
+
+/// Whatever the tags say, the curve that is named is the one that is taken off.
+TEST(PictureConverter, StraightAlphaIsDividedInTheLightOfTheNamedCurve) {
+    const auto pixels = randomPixels(64, 48);
+    std::vector<float> divided = pixels;
+    divideAlphaOut(divided.data(), divided.data(), divided.size() / 4, Curve::Cineon);
+    const FramePointer one =
+        converted(planOf({"png ", "alpha=straight:colour=pq:curve=cineon", 64, 48, true}), pixels);
+    const FramePointer other = converted(planOf({"png ", "", 64, 48, true}), divided);
+    for (int y = 0; y < 48; ++y)
+        for (int x = 0; x < 64; ++x)
+            for (int c = 0; c < 4; ++c)
+                ASSERT_EQ(sample(*one, c, x, y), sample(*other, c, x, y));
 }
 
 /// Strips and threads must not show.
