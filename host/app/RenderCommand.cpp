@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <chrono>
 #include <cstdio>
 #include <optional>
 
@@ -194,6 +195,12 @@ void RenderCommand::declareRunning(CLI::App& app) {
     app.add_option("--threads", request.threads, "Threads that read and encode (default: one a processor)")
         ->check(CLI::Range(1, 256).description(""))
         ->type_name("N")
+        ->group(group);
+    app.add_option_function<int>(
+           "--helper-timeout", [this](int seconds) { request.helperTimeout = std::chrono::seconds(seconds); },
+           "Give up when the QuickTime helper makes no progress for so long (default: wait and say so)")
+        ->check(CLI::Range(1, 1'000'000).description(""))
+        ->type_name("SECONDS")
         ->group(group);
     const std::map<std::string, ProgressStyle> styles{{"bar", ProgressStyle::Bar},
                                                       {"plain", ProgressStyle::Plain},

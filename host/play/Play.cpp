@@ -179,7 +179,7 @@ PlayRun::Outcome PlayRun::playRound() {
 bool PlayRun::send(const ReadyFrame& frame) {
     session.setActivity(fmt::format("showing frame {}", frame.number));
     const std::int32_t status = output.sendFrame(reinterpret_cast<const char*>(frame.pixels));
-    session.setActivity("waiting for a frame");
+    session.setIdle("waiting for a frame");
     if (status != 0 && status != windowClosed) {
         throw Failure(Exit::NodeFailed, fmt::format("frame {} was not shown ({})", frame.number, status));
     }

@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "filesystem/FileSystem.h"
+#include "host/render/HelperProcesses.h"
 #include "platform/OpenFiles.h"
 #include "quicktime/SharedObjects.h"
 
@@ -19,26 +20,35 @@ constexpr std::uint64_t answerBytes = 1 << 20;
 // How long to wait for the last words of a helper that has died.
 constexpr std::chrono::milliseconds lastWords(200);
 
+// For helpers that are given up: they keep what is written of a movie playable.
+constexpr std::chrono::milliseconds graceWhenGivenUp(1000);
+
+// For helpers that end in the ordinary way; they see to it themselves that it takes no longer than 10
+// seconds.
+constexpr std::chrono::seconds graceAtEnd(12);
+
+using Clock = std::chrono::steady_clock;
+
 }  // namespace
 
 HelperSession::HelperSession(std::uint64_t frameBytes, Reporter& reporter)
-    : reporter(reporter), folder(frameBytes + answerBytes) {
-    watch.emplace([this](const auto& end) { helperDied(end); }, [this] { lookForGivingUp(); });
+    : reporter(reporter), stall(Clock::now()), folder(frameBytes + answerBytes) {
+    watch.emplace([this](const auto& end) { helperDied(end); }, [this] { look(); });
 }
 
 HelperSession::~HelperSession() {
-    watch->expectEnd();
+    expectEnd();
 }
 
 void HelperSession::start(const std::function<void()>& startHelper) {
     try {
-        const Interrupts::Ignored ignored;
+        const Interrupts::HeldBack heldBack;
         addOutput().capture(startHelper);
     } catch (const std::exception& error) {
         if (getpid() != process) {
             _exit(127);
         }
-        watch->expectEnd();
+        expectEnd();
         hearLastWords();
         throw Failure(Exit::HelperFailed,
                       fmt::format("the QuickTime helper can't be started: {}", error.what()));
@@ -60,6 +70,31 @@ void HelperSession::hearLastWords() {
 void HelperSession::setActivity(const std::string& newActivity) {
     const std::lock_guard lock(mutex);
     activity = newActivity;
+    helperAwaited = true;
+    stall.progress(Clock::now());
+}
+
+void HelperSession::setIdle(const std::string& newActivity) {
+    const std::lock_guard lock(mutex);
+    activity = newActivity;
+    helperAwaited = false;
+    stall.progress(Clock::now());
+}
+
+void HelperSession::signOfLife() {
+    const std::lock_guard lock(mutex);
+    stall.progress(Clock::now());
+}
+
+void HelperSession::setTimeout(std::optional<std::chrono::seconds> timeout) {
+    const std::lock_guard lock(mutex);
+    stall.setTimeout(timeout);
+}
+
+void HelperSession::expectEnd() {
+    watch->expectEnd();
+    const std::lock_guard lock(mutex);
+    endDue = Clock::now() + graceAtEnd;
 }
 
 void HelperSession::setPartialFile(const std::string& path) {
@@ -73,21 +108,63 @@ void HelperSession::helperDied(const Morvane::Platform::ProcessEnd& end) {
     abandon(Exit::HelperFailed, fmt::format("the QuickTime helper died ({})", how));
 }
 
+void HelperSession::look() {
+    lookForGivingUp();
+    lookForStall();
+    lookForUnwillingHelper();
+}
+
 void HelperSession::lookForGivingUp() {
-    if (interrupts_.count() > 2) {
+    std::unique_lock lock(mutex);
+    const int needed = stall.reported() ? 2 : 3;
+    lock.unlock();
+    if (interrupts_.count() >= needed) {
         abandon(Exit::Interrupted, "given up");
     }
 }
 
-void HelperSession::abandon(Exit code, const std::string& sentence) {
-    std::string partial;
-    {
-        const std::lock_guard lock(mutex);
-        partial = Morvane::FileSystem::exists(partialFile) ? partialFile : "";
-        spdlog::error("{} while {}", sentence, activity);
+void HelperSession::lookForStall() {
+    std::unique_lock lock(mutex);
+    if (!helperAwaited || endDue) {
+        return;
     }
+    const auto now = Clock::now();
+    const auto silence = stall.reportDue(now);
+    const bool timedOut = stall.timedOut(now);
+    const std::string doing = activity;
+    lock.unlock();
+    const std::string who = silence || timedOut ? helperProcessesText() : "";
+    if (silence) {
+        spdlog::warn("no progress for {} s while {}{}; Ctrl-C twice gives up", silence->count(), doing,
+                     who.empty() ? "" : " (" + who + ")");
+    }
+    if (timedOut) {
+        abandon(Exit::HelperFailed, fmt::format("the QuickTime helper has not answered in time ({})", who));
+    }
+}
+
+void HelperSession::lookForUnwillingHelper() {
+    std::unique_lock lock(mutex);
+    if (!endDue) {
+        return;
+    }
+    continueStoppedHelpers();
+    if (Clock::now() >= *endDue) {
+        endDue.reset();
+        spdlog::warn("the QuickTime helper does not end; it is killed");
+        killHelpers();
+    }
+}
+
+void HelperSession::abandon(Exit code, const std::string& sentence) {
+    std::unique_lock lock(mutex);
+    spdlog::error("{} while {}", sentence, activity);
+    const std::string file = partialFile;
+    lock.unlock();
+    endHelpers(graceWhenGivenUp);
+    const std::string partial = Morvane::FileSystem::exists(file) ? file : "";
     if (!partial.empty()) {
-        spdlog::error("what there is of the movie is in {}", partial);
+        spdlog::error("what there is of the movie is in {0}; corvel recover '{0}' makes it whole", partial);
     }
     for (const std::string& path : Morvane::Platform::openFilePaths()) {
         Morvane::QuickTime::removeSharedObjects(path);

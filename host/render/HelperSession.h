@@ -3,6 +3,7 @@
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -17,6 +18,7 @@
 #include "host/render/Interrupts.h"
 #include "host/render/PrivateFolder.h"
 #include "host/render/Reporter.h"
+#include "host/render/StallMeter.h"
 
 namespace Corvel {
 
@@ -28,6 +30,10 @@ namespace Corvel {
 /// itself ends the process then: it says what was being done, names the movie so far, removes what is shared,
 /// and leaves with exit code 4, no destructor run over the blocked thread. A third request to stop ends it
 /// likewise, with exit code 130.
+///
+/// A helper that is stopped, or silent, is reported with its process number, "no progress for 10 s"; then the
+/// second request to stop ends the process, and so does the timeout where there is one (exit code 4).
+/// Helpers are never waited for without bound: one that does not end when it is asked to is killed.
 class HelperSession : public HelperKeeper {
 public:
     /// `frameBytes` is what one frame takes between host and helper; 0 where no frames are sent.
@@ -40,16 +46,26 @@ public:
     /// is the parent's.
     void start(const std::function<void()>& startHelper) override;
 
+    /// A helper is waited for from now on.
     void setActivity(const std::string& newActivity) override;
+    /// No helper is waited for from now on; what is being done instead.
+    void setIdle(const std::string& newActivity);
+    /// The helper that is waited for has got on. Any thread.
+    void signOfLife();
+    /// How long without a sign of life a helper may be; without one, for ever.
+    void setTimeout(std::optional<std::chrono::seconds> timeout);
     /// The file that the movie is written to for now. Any thread.
     void setPartialFile(const std::string& path);
-    void expectEnd() override { watch->expectEnd(); }
+    void expectEnd() override;
 
     const Interrupts& interrupts() const { return interrupts_; }
 
 private:
     void helperDied(const Morvane::Platform::ProcessEnd& end);
+    void look();
     void lookForGivingUp();
+    void lookForStall();
+    void lookForUnwillingHelper();
     HelperOutput& addOutput();
     void hearLastWords();
     [[noreturn]] void abandon(Exit code, const std::string& sentence);
@@ -58,6 +74,10 @@ private:
     Reporter& reporter;
     std::mutex mutex;
     std::string activity = "starting";
+    bool helperAwaited = true;
+    StallMeter stall;
+    std::optional<std::chrono::steady_clock::time_point>
+        endDue;  // when helpers that were told to end must have
     std::string partialFile;
     PrivateFolder folder;
     Interrupts interrupts_;

@@ -7,8 +7,6 @@ namespace {
 
 using Signals = std::vector<int>;
 const Signals stopSignals{SIGINT, SIGHUP, SIGTERM};
-// Not SIGTERM: it is how the helper is told to end.
-const Signals terminalSignals{SIGINT, SIGHUP};
 
 std::atomic<int> received{0};
 static_assert(std::atomic<int>::is_always_lock_free, "the handler may take no lock");
@@ -54,10 +52,17 @@ int Interrupts::count() const {
     return received.load();
 }
 
-Interrupts::Ignored::Ignored() : former(handle(terminalSignals, SIG_IGN)) {}
+// Not SIGTERM: it is how the helper is told to end.
+Interrupts::HeldBack::HeldBack() {
+    sigset_t terminalSignals;
+    sigemptyset(&terminalSignals);
+    sigaddset(&terminalSignals, SIGINT);
+    sigaddset(&terminalSignals, SIGHUP);
+    pthread_sigmask(SIG_BLOCK, &terminalSignals, &former);
+}
 
-Interrupts::Ignored::~Ignored() {
-    putBack(terminalSignals, former);
+Interrupts::HeldBack::~HeldBack() {
+    pthread_sigmask(SIG_SETMASK, &former, nullptr);
 }
 
 }  // namespace Corvel

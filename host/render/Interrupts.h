@@ -21,17 +21,19 @@ public:
     /// How many came so far. Any thread.
     int count() const;
 
-    /// Ignores SIGINT and SIGHUP while it lives, and so does for good any process that is started meanwhile:
-    /// the terminal sends Ctrl-C to the helper too, which must outlive it for the movie to be finished.
-    class Ignored {
+    /// Holds SIGINT and SIGHUP back from the calling thread while it lives, and for good from any process
+    /// that the thread starts meanwhile: the terminal sends Ctrl-C to the helper too, which must outlive it
+    /// for the movie to be finished. What comes in that time is counted all the same, at the latest
+    /// afterwards.
+    class HeldBack {
     public:
-        Ignored();
-        ~Ignored();
-        Ignored(const Ignored&) = delete;
-        Ignored& operator=(const Ignored&) = delete;
+        HeldBack();
+        ~HeldBack();
+        HeldBack(const HeldBack&) = delete;
+        HeldBack& operator=(const HeldBack&) = delete;
 
     private:
-        std::vector<struct sigaction> former;
+        sigset_t former{};
     };
 
 private:

@@ -59,6 +59,7 @@ void NodeHost::warning(const Kex::Image::Op&, const std::string& text) {
 }
 
 void NodeHost::progress(const Kex::Image::Op&, double part) {
+    helper_.signOfLife();
     if (fraction) {
         fraction(part);
     }

@@ -41,6 +41,7 @@ public:
 private:
     Exit writeFrames();
     Exit writeFrame(const ReadAhead::Frame& frame);
+    void waitForFrame();
     bool hasRightSize(const ReadAhead::Frame& frame) const;
     std::string finishMovie(Exit& outcome);
     void tell(int frame, double fraction, bool frameDone);
@@ -61,6 +62,7 @@ Exit RenderRun::run() {
         {static_cast<int>(plan.frames.size()), plan.format.width(), plan.format.height(), request.output});
     temporary = host.node().writer()->createFileHash();
     host.helper().setPartialFile(temporary);
+    waitForFrame();
     Exit outcome = writeFrames();
     std::string kept;
     if (written > 0) {
@@ -131,8 +133,17 @@ Exit RenderRun::writeFrame(const ReadAhead::Frame& frame) {
     ++written;
     rate.add(Clock::now());
     tell(number, 0, true);
-    host.helper().setActivity("waiting for a frame");
+    waitForFrame();
     return Exit::Done;
+}
+
+void RenderRun::waitForFrame() {
+    constexpr const char* activity = "waiting for a frame";
+    if (isMovieName(request.input)) {
+        host.helper().setActivity(activity);  // another helper's
+    } else {
+        host.helper().setIdle(activity);
+    }
 }
 
 std::string RenderRun::finishMovie(Exit& outcome) {
@@ -173,6 +184,7 @@ Exit render(const RenderRequest& request, Reporter& reporter) {
     std::unique_ptr<HelperSession> helpers;
     if (fromMovie) {
         helpers = std::make_unique<HelperSession>(roomForAnyFrame, reporter);
+        helpers->setTimeout(request.helperTimeout);
     }
     RenderPlan plan = planRender(request, [&](const Kex::Image::LUT* curve) -> std::unique_ptr<FrameSource> {
         if (fromMovie) {
@@ -183,9 +195,10 @@ Exit render(const RenderRequest& request, Reporter& reporter) {
     plan.carriesTimecode = fromMovie && plan.metadata.count("input/timecode") != 0;
     if (!helpers) {
         helpers = std::make_unique<HelperSession>(frameBytes(plan.format), reporter);
+        helpers->setTimeout(request.helperTimeout);
     }
     if (writesImages(request.output)) {
-        return renderImages(request, plan, helpers->interrupts(), reporter);
+        return renderImages(request, plan, *helpers, reporter);
     }
     NodeHost host(request.output, plan.format, plan.depth, *helpers);
     if (plan.lut != nullptr) {

@@ -16,6 +16,7 @@
 #include "filesystem/FileSystem.h"
 #include "host/images/ImageWriter.h"
 #include "host/images/SequencePattern.h"
+#include "host/movies/MovieSource.h"
 #include "host/movies/RunningTimecode.h"
 #include "host/render/MovieStart.h"
 #include "host/render/RateMeter.h"
@@ -42,11 +43,11 @@ struct Writing {
 
 class ImageRun {
 public:
-    ImageRun(const RenderRequest& renderRequest, const RenderPlan& renderPlan, const Interrupts& asked,
+    ImageRun(const RenderRequest& renderRequest, const RenderPlan& renderPlan, HelperSession& session,
              Reporter& listener)
         : request(renderRequest),
           plan(renderPlan),
-          interrupts(asked),
+          helpers(session),
           reporter(listener),
           pattern(SequencePattern::parse(request.output)),
           writers(request.threads != 0 ? request.threads
@@ -62,7 +63,7 @@ private:
 
     const RenderRequest& request;
     const RenderPlan& plan;
-    const Interrupts& interrupts;
+    HelperSession& helpers;
     Reporter& reporter;
     const std::optional<SequencePattern> pattern;
     const std::size_t writers;
@@ -113,8 +114,12 @@ Exit ImageRun::run() {
 
 void ImageRun::writeFrames() {
     ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan));
-    while (interrupts.count() == 0) {
+    const bool fromMovie = isMovieName(request.input);
+    while (helpers.interrupts().count() == 0) {
+        // A movie's frames come from a helper.
+        fromMovie ? helpers.setActivity("reading frames") : helpers.setIdle("reading frames");
         const auto frame = frames.next();
+        helpers.setIdle("writing frames");
         if (!frame) {
             return;
         }
@@ -221,7 +226,7 @@ bool writesImages(const std::string& output) {
     return isWritableImageName(output);
 }
 
-Exit renderImages(const RenderRequest& request, const RenderPlan& plan, const Interrupts& interrupts,
+Exit renderImages(const RenderRequest& request, const RenderPlan& plan, HelperSession& helpers,
                   Reporter& reporter) {
     checkOptions(request, plan);
     if (!SequencePattern::parse(request.output) && plan.frames.size() > 1) {
@@ -235,7 +240,7 @@ Exit renderImages(const RenderRequest& request, const RenderPlan& plan, const In
         reporter.end({});
         return Exit::Done;
     }
-    return ImageRun(request, plan, interrupts, reporter).run();
+    return ImageRun(request, plan, helpers, reporter).run();
 }
 
 }  // namespace Corvel

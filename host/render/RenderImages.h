@@ -3,7 +3,7 @@
 #include <string>
 
 #include "host/render/Failure.h"
-#include "host/render/Interrupts.h"
+#include "host/render/HelperSession.h"
 #include "host/render/RenderPlan.h"
 #include "host/render/RenderRequest.h"
 #include "host/render/Reporter.h"
@@ -18,7 +18,7 @@ bool writesImages(const std::string& output);
 /// what the person gave for time code and reel goes before it. Several threads write; blocks until all is
 /// done. Files that are whole stay, whatever happens later. Throws Failure (Usage) for options that images
 /// have no use for.
-Exit renderImages(const RenderRequest& request, const RenderPlan& plan, const Interrupts& interrupts,
+Exit renderImages(const RenderRequest& request, const RenderPlan& plan, HelperSession& helpers,
                   Reporter& reporter);
 
 }  // namespace Corvel

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -34,6 +35,7 @@ struct RenderRequest {
     std::string inputLut;  ///< name of the curve of the input's values; empty for the files' own statement
     bool overwrite = false;
     bool dryRun = false;
+    std::optional<std::chrono::seconds> helperTimeout;  ///< without a sign of life; none: for ever
     unsigned threads = 0;  ///< that read frames and encode; 0 for as many as the machine has
     std::vector<KnobSetting> knobs;
     bool advanced = false;  ///< press the button of that name

@@ -6,7 +6,8 @@
 
 #include <cstdio>
 #include <fstream>
-#include <sstream>
+
+#include "platform/linux/ProcessTable.h"
 
 namespace Morvane::Platform {
 
@@ -38,18 +39,8 @@ Holds holdsMapping(pid_t process, const MappedFile& file) {
 
 /// 0 when it cannot be told.
 pid_t parentOf(pid_t process) {
-    std::ifstream file("/proc/" + std::to_string(process) + "/stat");
-    std::string stat;
-    std::getline(file, stat);
-    // The second field is the program's name in brackets and may hold anything, brackets and blanks too.
-    const auto name = stat.rfind(')');
-    if (name == std::string::npos)
-        return 0;
-    std::istringstream fields(stat.substr(name + 1));
-    char state = 0;
-    pid_t parent = 0;
-    fields >> state >> parent;
-    return parent;
+    const auto entry = processEntry(process);
+    return entry ? entry->parent : 0;
 }
 
 }  // namespace

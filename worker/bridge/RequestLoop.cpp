@@ -19,8 +19,9 @@ void RequestLoop::run() {
 }
 
 void RequestLoop::end() {
-    ending = true;
+    // In this order: once the loop knows that it ends, the mode may be destroyed at any time.
     mode.interrupt();
+    ending = true;
     bridge.wake();
 }
 

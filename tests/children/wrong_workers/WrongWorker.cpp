@@ -18,7 +18,7 @@ namespace {
 using namespace Morvane::ProcessBridge;
 
 // Each is one program.
-enum WrongWay { AnswersTwice, DiesOfGarbage, DeafToSigterm, OutlivesItsHost, ListsNamesOnly };
+enum WrongWay { AnswersTwice, DiesOfGarbage, DeafToSigterm, OutlivesItsHost, ListsNamesOnly, FallsSilent };
 
 std::string answerTo(const std::string& request) {
     if (request == "W0000000e") {
@@ -48,6 +48,11 @@ void serve(const std::string& bridgeName) {
         requestFile.unmap();
         if (WRONG_WAY == DiesOfGarbage && isGarbage(request)) {
             _exit(1);
+        }
+        if (WRONG_WAY == FallsSilent && request != "W0000000e") {
+            for (;;) {
+                pause();
+            }
         }
         const std::string answer = answerTo(request);
         dataFile.resize(answer.size() + 1);
