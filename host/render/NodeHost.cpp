@@ -6,6 +6,7 @@
 #include <exception>
 
 #include "Kex/Image/Writer.h"
+#include "host/images/SequencePattern.h"
 #include "host/render/RenderPlan.h"
 
 namespace Corvel {
@@ -37,6 +38,9 @@ NodeHost::NodeHost(const std::string& output, const Kex::Image::Format& format, 
     node_->setInput(0, &picture_);
     node_->setFormat(format);
     node_->setDepth(depth);
+    if (const auto images = SequencePattern::parse(output)) {
+        node_->setFrameNames([images](int frame) { return images->pathOf(frame); });
+    }
     helper_.start([this] { node_->createWriter(); });
 }
 

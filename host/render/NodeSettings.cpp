@@ -65,8 +65,10 @@ void applyBeforeSettings(Write& node, const std::vector<KnobSetting>& settings) 
     applyThose(node, settings, [](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
 }
 
-void checkRate(double rate) {
-    if (!(rate > 0) || rate > 1000) {
+// A writer of images has no rate.
+void checkRate(const Write& node) {
+    const double rate = knobNumber(node, rateKnob);
+    if (node.knob(rateKnob) != nullptr && (!(rate > 0) || rate > 1000)) {
         throw Failure(
             Exit::Usage,
             fmt::format("{} frames a second are no frame rate; it is above 0 and at most 1000", rate));
@@ -75,7 +77,7 @@ void checkRate(double rate) {
 
 void applyInputRate(Write& node, const RenderRequest& request, const RenderPlan& plan) {
     const auto rate = plan.metadata.find(rateKey);
-    if (rate != plan.metadata.end() && !isGiven(request, rateKnob)) {
+    if (rate != plan.metadata.end() && node.knob(rateKnob) != nullptr && !isGiven(request, rateKnob)) {
         applyKnob(node, rateKnob, rate->second);
     }
 }
@@ -170,7 +172,7 @@ void applySettings(Write& node, PictureNode& picture, const RenderRequest& reque
     if (request.advanced) {
         applyKnob(node, dialogKnob, "");
     }
-    checkRate(knobNumber(node, rateKnob));
+    checkRate(node);
     settleTimecode(node, request, plan);
     picture.setMetaData(bundleOf(plan.metadata));
     addToSettings(node, request, plan);

@@ -12,8 +12,8 @@
 #include <thread>
 
 #include "Kex/Image/LUT.h"
-#include "host/images/ImageWriter.h"
 #include "host/images/SequencePattern.h"
+#include "host/movies/MovieSource.h"
 #include "host/render/Curves.h"
 #include "host/render/Failure.h"
 
@@ -38,7 +38,7 @@ void checkOutput(const std::string& output, bool overwrite) {
     if (std::filesystem::is_directory(path, error)) {
         throw Failure(Exit::Usage, fmt::format("cannot write {}: it is a folder", output));
     }
-    const auto images = isWritableImageName(output) ? SequencePattern::parse(output) : std::nullopt;
+    const auto images = isMovieName(output) ? std::nullopt : SequencePattern::parse(output);
     if (images) {
         if (const std::map<int, std::string> files = images->findFiles(); !files.empty() && !overwrite) {
             throw Failure(Exit::Usage,

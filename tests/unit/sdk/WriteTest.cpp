@@ -4,6 +4,8 @@
 
 #include <memory>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "Kex/Image/Version.h"
 #include "Kex/Image/Writer.h"
@@ -36,13 +38,15 @@ public:
 
     const LUT* defaultLUT() override { return LUT::getLut(3); }
     void execute() override { executed = write().frame(); }
-    void finish() override { finished = true; }
+    void finish() override { finished.push_back(write().filename()); }
+    bool writesFilePerFrame() const override { return filePerFrame; }
     int knob_changed(Knob* changed) override { return changed->name() == "speed" ? 1 : 0; }
 
     float speed = 2;
     bool failsAtTheEnd = false;
     double executed = -1;
-    bool finished = false;
+    bool filePerFrame = false;
+    std::vector<std::string> finished;  ///< the name of each file that was ended
 };
 
 class WriteNode : public testing::Test {
@@ -132,7 +136,32 @@ TEST_F(WriteNode, ExecutesTheFrameAndFinishes) {
     sut.finish();
 
     EXPECT_EQ(writerOf(sut).executed, 12.5);
-    EXPECT_TRUE(writerOf(sut).finished);
+    EXPECT_EQ(writerOf(sut).finished, (std::vector<std::string>{"/films/shot.plain"}));
+}
+
+TEST_F(WriteNode, EndsEachFileUnderItsOwnNameWhereEveryFrameIsAFile) {
+    Write sut(application, "/films/shot.#.plain");
+    sut.setFrameNames([](int frame) { return "/films/shot." + std::to_string(frame) + ".plain"; });
+    sut.createWriter();
+    writerOf(sut).filePerFrame = true;
+
+    sut.execute(7);
+    sut.execute(8.5);
+    sut.finish();
+
+    EXPECT_EQ(writerOf(sut).finished,
+              (std::vector<std::string>{"/films/shot.7.plain", "/films/shot.8.plain"}));
+}
+
+TEST_F(WriteNode, LeavesTheFileOfAFailedFrameUnfinished) {
+    Write sut(application, "/films/shot.plain");
+    sut.createWriter();
+    writerOf(sut).filePerFrame = true;
+    sut.error("no room");
+
+    sut.execute(1);
+
+    EXPECT_TRUE(writerOf(sut).finished.empty());
 }
 
 TEST_F(WriteNode, TakesTheApplicationsCurveBeforeTheWritersDefault) {

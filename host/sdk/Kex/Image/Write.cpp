@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <filesystem>
 #include <stdexcept>
 #include <utility>
@@ -99,11 +100,20 @@ bool Write::knobChanged(Knob& changed) {
 
 void Write::execute(double newFrame) {
     frame_ = newFrame;
+    const bool ownFile = writer_->writesFilePerFrame();
+    if (ownFile && frameNames) {
+        filename_ = frameNames(static_cast<int>(std::floor(newFrame)));
+    }
     writer_->execute();
+    if (ownFile && !failed()) {
+        writer_->finish();
+    }
 }
 
 void Write::finish() {
-    writer_->finish();
+    if (!writer_->writesFilePerFrame()) {
+        writer_->finish();
+    }
 }
 
 }  // namespace Kex::Image

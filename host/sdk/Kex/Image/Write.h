@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <utility>
 
 #include "Kex/Image/ChannelSet.h"
 #include "Kex/Image/Export.h"
@@ -28,6 +30,7 @@ public:
 
     // What a writer asks.
 
+    /// Path of the file; where every frame is a file of its own, the current frame's.
     const std::string& filename() const { return filename_; }
     const Format& format() const { return format_; }
     /// Number of channels that the file should have: 3 without alpha, 4 with it.
@@ -47,6 +50,10 @@ public:
     /// Chooses the curve instead of the writer's default; null to take the default again.
     void setLut(const LUT* curve) { chosenLut = curve; }
 
+    /// How the file of a frame is called, for writers that make a file of every frame
+    /// (Writer::writesFilePerFrame). Without it all frames have the node's own name.
+    void setFrameNames(std::function<std::string(int frame)> names) { frameNames = std::move(names); }
+
     /// Makes the writer and its knobs. Call it once, after setFormat and setDepth. Throws std::runtime_error
     /// when no writer is registered for the extension or there is no memory; passes on what the writer's
     /// constructor throws.
@@ -57,9 +64,11 @@ public:
     /// Tells the writer that a person changed this knob, whose new value is set already. Whether the writer
     /// handled it.
     bool knobChanged(Knob& changed);
-    /// Writes one frame; needs a writer. Failures are told by Application::error and by failed().
+    /// Writes one frame; needs a writer. Failures are told by Application::error and by failed(). Where every
+    /// frame is a file of its own, the file is ended too, unless the node has failed.
     void execute(double frame);
-    /// Ends the file; needs a writer. Also after failed frames.
+    /// Ends the file; needs a writer. Also after failed frames. Nothing to do where every frame is a file of
+    /// its own.
     void finish();
 
 private:
@@ -68,6 +77,7 @@ private:
     int depth_ = 3;
     double frame_ = 0;
     const LUT* chosenLut = nullptr;
+    std::function<std::string(int)> frameNames;
     Writer* writer_ = nullptr;  // not a smart pointer: its destructor may throw
 };
 
