@@ -11,6 +11,7 @@
 #include "host/render/PlugIns.h"
 #include "host/render/PrivateFolder.h"
 #include "host/render/ProgressText.h"
+#include "host/render/Sweep.h"
 
 namespace Corvel {
 namespace {
@@ -74,7 +75,6 @@ std::string Examination::memoryState() const {
 }
 
 Exit Examination::examine(const Bundle& bundle) {
-    line("bundle", bundle.path());
     for (const PlugIn& plugIn : loadPlugIns(bundle.contents())) {
         check(fmt::format("plug-in {}", plugIn.path), [&] { return plugInState(plugIn); });
     }
@@ -109,13 +109,15 @@ public:
 
     Exit run(Session& session) override {
         Examination examination(*session.reporter);
-        const Exit outcome = examination.examine(Bundle());
+        // First, since the checks start a helper and would sweep on the way, silently.
+        const Bundle bundle;
+        examination.line("bundle", bundle.path());
         if (sweep) {
-            for (const std::string& folder : sweepPrivateFolders()) {
-                examination.line("swept", folder);
+            for (const std::string& removed : sweepStaleObjects()) {
+                examination.line("swept", removed);
             }
         }
-        return outcome;
+        return examination.examine(bundle);
     }
 
 private:

@@ -8,6 +8,7 @@
 
 #include "filesystem/FileSystem.h"
 #include "host/render/HelperProcesses.h"
+#include "host/render/Sweep.h"
 #include "platform/OpenFiles.h"
 #include "quicktime/SharedObjects.h"
 
@@ -33,6 +34,7 @@ using Clock = std::chrono::steady_clock;
 
 HelperSession::HelperSession(std::uint64_t frameBytes, Reporter& reporter)
     : reporter(reporter), stall(Clock::now()), folder(frameBytes + answerBytes) {
+    sweepStaleObjects();
     watch.emplace([this](const auto& end) { helperDied(end); }, [this] { look(); });
 }
 

@@ -23,8 +23,9 @@
 namespace Corvel {
 
 /// All that helper processes need around them: the private folder of the shared memory, the watch over them,
-/// and somebody who listens to what they say. One a process at a time; made and destroyed on one thread.
-/// Whoever starts a helper inside of a session must have stopped it before the session ends.
+/// and somebody who listens to what they say. First it sweeps what killed runs have left. One a process at a
+/// time; made and destroyed on one thread. Whoever starts a helper inside of a session must have stopped it
+/// before the session ends.
 ///
 /// A helper that dies while somebody waits for its answer leaves that thread waiting for ever. So the session
 /// itself ends the process then: it says what was being done, names the movie so far, removes what is shared,

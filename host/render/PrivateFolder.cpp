@@ -54,7 +54,8 @@ int lockFolder(const std::string& path) {
 
 // The process's number in the name is for people; the lock is what counts.
 bool makeFolderIn(const std::string& parent, std::string& path, int& lock) {
-    for (int attempt = 0; attempt < 3; ++attempt) {
+    // Others may sweep the folder before it is locked.
+    for (int attempt = 0; attempt < 100; ++attempt) {
         std::string name = fmt::format("{}/{}{}-XXXXXX", parent, namePrefix, getpid());
         if (mkdtemp(name.data()) == nullptr) {
             return false;
