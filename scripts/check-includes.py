@@ -18,6 +18,7 @@ ALLOWED = {
     "filesystem": set(),
     "property": set(),
     "timecode": set(),
+    "desktop": set(),
     "processbridge": {"platform", "filesystem", "property"},
     "quicktime": {"processbridge", "property", "timecode"},
     "sdk": {"platform", "timecode", "filesystem"},
@@ -34,6 +35,11 @@ LIBRARIES = [
     ("image library", r"(OpenImageIO|OpenEXR|Imath)/|openexr|Imf|tiffio|png\.h|jpeglib", {"host"}),
     ("colour library", r"OpenColorIO/", {"host"}),
 ]
+
+# Windows are known in these folders alone, so that nothing else loads their library: here Qt's headers and the folder
+# with what windows have in common may be included.
+WINDOW_FOLDERS = {"desktop", "worker/dialog", "host/panel"}
+WINDOW_HEADERS = re.compile(r"Q[A-Z]|Qt[A-Z]\w*/|desktop/")
 
 SUFFIXES = {".h", ".cpp", ".mm", ".c"}
 INCLUDE = re.compile(r'^\s*#\s*(?:include|import)\s*(["<])([^">]+)[">]')
@@ -57,14 +63,17 @@ def layer_of_include(name):
     return first if first in ALLOWED and "/" in name else None
 
 
-def include_faults(layer, is_header, lines):
+def include_faults(layer, is_header, has_windows, lines):
     for number, line in enumerate(lines, 1):
         match = INCLUDE.match(line)
         if not match:
             continue
         name = match.group(2)
         target = layer_of_include(name)
-        if target and target != layer and target not in ALLOWED[layer]:
+        if WINDOW_HEADERS.match(name):
+            if not has_windows:
+                yield number, f"{name} is for windows, which only {', '.join(sorted(WINDOW_FOLDERS))} know"
+        elif target and target != layer and target not in ALLOWED[layer]:
             yield number, f"{layer} must not include {name}: {target} is not below it"
         elif target and layer == "sdk" and target != layer and is_header:
             yield number, f"{name} in a header of the SDK, which plug-ins get without our other folders"
@@ -106,7 +115,8 @@ def faults(root):
             relative = path.relative_to(root)
             layer = layer_of(relative)
             lines = path.read_text(encoding="utf-8").splitlines()
-            for number, text in include_faults(layer, path.suffix == ".h", lines):
+            has_windows = any(str(relative).startswith(folder + "/") for folder in WINDOW_FOLDERS)
+            for number, text in include_faults(layer, path.suffix == ".h", has_windows, lines):
                 yield f"{relative}:{number}: {text}"
             if layer != "platform":
                 for number, text in system_faults(lines):

@@ -11,7 +11,7 @@ import sys
 LINK = re.compile(r"\[[^\]]*\]\(([^)\s]+)\)")
 # A path of ours in the text: `worker/codec/CodecTable.cpp`, with a folder in front and a suffix behind.
 NAMED = re.compile(
-    r"`((?:cmake|docs|examples|benches|filesystem|host|platform|processbridge|property|quicktime|scripts|tests|"
+    r"`((?:cmake|docs|examples|benches|desktop|filesystem|host|platform|processbridge|property|quicktime|scripts|tests|"
     r"timecode|worker|writer)/[\w./-]+\.(?:h|cpp|md|py|sh|txt|cmake|dot))`")
 FENCE = re.compile(r"^```.*?^```", re.MULTILINE | re.DOTALL)
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "$0")/.." && pwd -P)
-folders='(filesystem|host|platform|processbridge|property|quicktime|timecode|worker|writer)'
+folders='(desktop|filesystem|host|platform|processbridge|property|quicktime|timecode|worker|writer)'
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 

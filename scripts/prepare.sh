@@ -11,7 +11,7 @@ buildFolder=$root/build/release
 logFolder=$root/build/logs
 # shellcheck disable=SC2034  # read by name
 # What the bundle is made from. A change elsewhere (docs, tests, examples) does not concern it.
-bundleSources=(CMakeLists.txt CMakePresets.json cmake filesystem host platform processbridge property quicktime
+bundleSources=(CMakeLists.txt CMakePresets.json cmake desktop filesystem host platform processbridge property quicktime
     timecode worker writer)
 # shellcheck disable=SC2034
 bundleTargets=(host/sdk/all writer/all worker/all host/app/all)

@@ -204,7 +204,12 @@ Exit render(const RenderRequest& request, Reporter& reporter) {
     if (plan.lut != nullptr) {
         host.node().setLut(plan.lut);
     }
-    host.helper().setActivity("setting up");
+    if (request.advanced) {
+        // As long as the person takes, which is no sign of a helper in trouble.
+        host.helper().setIdle("waiting for the settings dialog");
+    } else {
+        host.helper().setActivity("setting up");
+    }
     applySettings(host.node(), host.picture(), request, plan);
     if (request.dryRun) {
         fmt::print("{}", dryRunText(request, plan, host.node()));

@@ -1,6 +1,7 @@
 #include "worker/Status.h"
 #include "worker/codec/ColourNames.h"
 #include "worker/codec/QualityText.h"
+#include "worker/codec/SettingDescription.h"
 #include "worker/codec/Settings.h"
 #include "worker/codec/SettingsText.h"
 
@@ -18,14 +19,6 @@ namespace {
 
 const std::string factPrefix = "codec/";
 const std::string metadataPrefix = "meta.";
-
-/// How a key describes itself: its kind, what it can be, and one sentence.
-struct KeyDescription {
-    std::string key;
-    std::string type;
-    std::string values;
-    std::string help;
-};
 
 void addText(Property::PropertyList& list, const std::string& name, const std::string& text) {
     auto property = std::make_unique<Property::String>(name, 1);
@@ -72,7 +65,7 @@ std::string depths(const Codec& codec) {
     return (codec.defaultBits == 0 ? "auto|" : "") + joined(bits);
 }
 
-std::vector<KeyDescription> commonKeys(const Settings& settings) {
+std::vector<SettingDescription> commonKeys(const Settings& settings) {
     const Codec& codec = *settings.codec;
     const bool fixedMatrix = codec.colour == ColourModel::Jpeg || codec.colour == ColourModel::OldVideo;
     return {{"bitdepth", "integer", depths(codec), "Bits a channel"},
@@ -99,21 +92,6 @@ const char* kindName(OptionKind kind) {
     return kind == OptionKind::Choice ? "choice" : kind == OptionKind::Integer ? "integer" : "number";
 }
 
-std::vector<KeyDescription> describedKeys(const Settings& settings) {
-    std::vector<KeyDescription> keys;
-    if (!settings.profile.empty()) {
-        std::string names = std::string_view(settings.codec->defaultProfile) == "auto" ? "auto" : "";
-        for (const CodecProfile& profile : settings.codec->profiles)
-            names += (names.empty() ? "" : "|") + std::string(profile.name);
-        keys.push_back({"profile", "choice", names, "The profile that the stream states"});
-    }
-    const auto common = commonKeys(settings);
-    keys.insert(keys.end(), common.begin(), common.end());
-    for (const CodecOption& option : settings.codec->options)
-        keys.push_back({option.key, kindName(option.kind), option.values, option.help});
-    return keys;
-}
-
 /// Whether the property tells about the codec or about an option instead of setting one.
 bool isDescription(const std::string& name) {
     if (name.compare(0, factPrefix.size(), factPrefix) == 0)
@@ -129,11 +107,26 @@ bool isDescription(const std::string& name) {
 
 }  // namespace
 
+std::vector<SettingDescription> describeSettings(const Settings& settings) {
+    std::vector<SettingDescription> keys;
+    if (!settings.profile.empty()) {
+        std::string names = std::string_view(settings.codec->defaultProfile) == "auto" ? "auto" : "";
+        for (const CodecProfile& profile : settings.codec->profiles)
+            names += (names.empty() ? "" : "|") + std::string(profile.name);
+        keys.push_back({"profile", "choice", names, "The profile that the stream states"});
+    }
+    const auto common = commonKeys(settings);
+    keys.insert(keys.end(), common.begin(), common.end());
+    for (const CodecOption& option : settings.codec->options)
+        keys.push_back({option.key, kindName(option.kind), option.values, option.help});
+    return keys;
+}
+
 std::string Settings::propertyListText() const {
     Property::PropertyList list;
     addFacts(list, *codec);
     SettingPairs pairs = parseSettingPairs(text());
-    for (const KeyDescription& description : describedKeys(*this)) {
+    for (const SettingDescription& description : describeSettings(*this)) {
         std::string value;
         for (const auto& [key, given] : pairs)
             if (key == description.key)

@@ -20,6 +20,7 @@ class WriteMode : public Mode {
 public:
     void handle(Request& request) override;
     FailureForm failureForm(std::int32_t opcode) const override;
+    void interrupt() override { settings.endEditing(); }
 
 private:
     using Task = QuickTime::QuickTimeCodecWriteTask;

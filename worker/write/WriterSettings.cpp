@@ -7,6 +7,7 @@
 #include "worker/FailureReport.h"
 #include "worker/codec/CodecTable.h"
 #include "worker/codec/ExactRate.h"
+#include "worker/write/CodecDialogModel.h"
 #include "worker/write/SettingsDialog.h"
 
 namespace Morvane::Worker {
@@ -96,7 +97,7 @@ std::string WriterSettings::textOfPropertyList(const std::string& listText) cons
 std::string WriterSettings::edit(const std::string& settingsText) {
     DialogState state{index, pictureSetup.quality, pictureSetup.keyFrameRate, pictureSetup.framesPerSecond,
                       settingsText};
-    editInDialog(state);
+    editInDialog(state, CodecDialogModel(pictureSetup, useFormatAspect, ending));
     if (state.codec != index)
         setCodec(state.codec);
     pictureSetup.quality = state.quality;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -57,11 +58,14 @@ public:
     /// Shows the codec's dialog, seeded with `settingsText`, takes over what the person chose and answers the
     /// text that they left.
     std::string edit(const std::string& settingsText);
+    /// Closes the dialog that is open, or that would be opened later: the worker is about to end. Any thread.
+    void endEditing() { ending = true; }
 
 private:
     const Codec& codec() const;
 
     std::int32_t index = 0;
+    std::atomic<bool> ending{false};
     bool useFormatAspect = false;
     PictureSetup pictureSetup;
     std::optional<Settings> settings;    ///< empty until `configure` has accepted some

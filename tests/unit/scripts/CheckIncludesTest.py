@@ -53,6 +53,19 @@ class CheckIncludes(TreeTest):
         self.write("writer/A.cpp", "#include <OpenImageIO/imageio.h>\n")
         self.assert_found("writer/A.cpp:1: OpenImageIO/imageio.h is of a image library")
 
+    def test_windows_stay_in_their_folders(self):
+        includes = '#include <QWidget>\n#include <QtWidgets/QLabel>\n#include "desktop/Appearance.h"\n'
+        self.write("worker/dialog/A.cpp", includes)
+        self.write("host/panel/A.cpp", includes)
+        self.write("desktop/A.cpp", includes)
+        self.assert_clean()
+        self.write("host/app/A.cpp", includes)
+        self.write("worker/write/A.cpp", '#include "quicktime/QuickTimeCodecTask.h"\n' + includes)
+        self.assert_found("host/app/A.cpp:1: QWidget is for windows")
+        self.assert_found("host/app/A.cpp:2: QtWidgets/QLabel is for windows")
+        self.assert_found("host/app/A.cpp:3: desktop/Appearance.h is for windows")
+        self.assert_found("worker/write/A.cpp:2: QWidget is for windows")
+
     def test_one_line_may_differ_by_system(self):
         self.write("host/app/A.cpp", "#ifdef __APPLE__\nopenMac();\n#else\nopenLinux();\n#endif\nint a;\nint b;\n")
         self.assert_clean()
