@@ -23,7 +23,7 @@ echo "CMAKE_HOME_DIRECTORY:INTERNAL=$PWD" >build/release/CMakeCache.txt
         self.stand_in("ninja", RECORDER)
         self.installed("alpha", "beta")
         self.write("packages.txt", "# a comment\nalpha\nbeta  # another\n\n")
-        for folder in ("cmake", "filesystem", "host", "platform", "processbridge", "property", "quicktime",
+        for folder in ("cmake", "desktop", "filesystem", "host", "platform", "processbridge", "property", "quicktime",
                        "timecode", "worker", "writer"):
             self.write(f"{folder}/CMakeLists.txt", "")
         self.write("CMakeLists.txt", "")
