@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 
 #include "host/app/Command.h"
@@ -24,9 +25,9 @@ Json textOrNull(const std::string& text) {
     return text.empty() ? Json(nullptr) : Json(text);
 }
 
-// The number in the fewest digits, not those of its nearest double.
+// The number in the fewest digits, not those of its nearest double; null for what is no number.
 Json number(double value) {
-    return Json::parse(fmt::format("{}", static_cast<float>(value)), nullptr, false);
+    return std::isfinite(value) ? Json::parse(fmt::format("{}", static_cast<float>(value))) : Json(nullptr);
 }
 
 Json jsonOf(const MovieFacts& facts, const Properties& properties) {

@@ -3,7 +3,11 @@
 #include <fmt/format.h>
 
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
+
+#include "host/images/PackedTimecode.h"
 
 namespace Corvel {
 namespace {
@@ -62,12 +66,6 @@ std::string curveOfDpxTransfer(const std::string& transfer) {
     return "";
 }
 
-int binaryCodedDecimal(std::uint32_t word, int shift, std::uint32_t tensMask) {
-    const std::uint32_t ones = word >> shift & 15u;
-    const std::uint32_t tens = word >> (shift + 4) & tensMask;
-    return ones > 9 ? 100 : static_cast<int>(tens * 10 + ones);
-}
-
 std::string rateText(double rate) {
     return std::isfinite(rate) && rate > 0 ? fmt::format("{:.6g}", rate) : "";
 }
@@ -95,18 +93,6 @@ std::string curveOf(const OIIO::ImageSpec& spec) {
     return curve;
 }
 
-std::string timecodeText(std::uint32_t timeAndFlags) {
-    const int frames = binaryCodedDecimal(timeAndFlags, 0, 3);
-    const int seconds = binaryCodedDecimal(timeAndFlags, 8, 7);
-    const int minutes = binaryCodedDecimal(timeAndFlags, 16, 7);
-    const int hours = binaryCodedDecimal(timeAndFlags, 24, 3);
-    if (hours > 23 || minutes > 59 || seconds > 59 || frames > 39) {
-        return "";
-    }
-    const bool drop = (timeAndFlags & 1u << 6) != 0;
-    return fmt::format("{:02}:{:02}:{:02}{}{:02}", hours, minutes, seconds, drop ? ';' : ':', frames);
-}
-
 Metadata metadataOf(const OIIO::ImageSpec& spec) {
     Metadata metadata;
     const auto set = [&metadata](const char* key, const std::string& value) {
@@ -116,7 +102,8 @@ Metadata metadataOf(const OIIO::ImageSpec& spec) {
     };
     set("input/timecode", spec.get_string_attribute("timecode"));
     if (const OIIO::ParamValue* timecode = spec.find_attribute("smpte:TimeCode", OIIO::TypeTimeCode)) {
-        set("input/timecode", timecodeText(*static_cast<const std::uint32_t*>(timecode->data())));
+        const double rate = std::strtod(rateOf(spec).c_str(), nullptr);
+        set("input/timecode", unpackTimecode(*static_cast<const std::uint32_t*>(timecode->data()), rate));
     }
     set("quicktime/reel", spec.get_string_attribute("dpx:InputDevice"));
     set("quicktime/reel", spec.get_string_attribute("reelName"));

@@ -2,7 +2,6 @@
 
 #include <OpenImageIO/imageio.h>
 
-#include <cstdint>
 #include <string>
 
 #include "host/images/PictureHeader.h"
@@ -19,10 +18,5 @@ std::string curveOf(const OIIO::ImageSpec& spec);
 /// store it. Reel: the attribute "reelName" of OpenEXR, the input device of a DPX header, where scanners and
 /// conforming systems put it.
 Metadata metadataOf(const OIIO::ImageSpec& spec);
-
-/// Text of a time code in the packing of OpenEXR and DPX (SMPTE 12M binary groups, see ImfTimeCode.h): two
-/// BCD digits a field, bit 6 the drop-frame flag, which gives a ";" before the frames. Empty for one that is
-/// no time of day, such as the all-ones word of a DPX header that has none.
-std::string timecodeText(std::uint32_t timeAndFlags);
 
 }  // namespace Corvel

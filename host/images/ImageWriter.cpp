@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "Kex/Image/LUT.h"
+#include "host/images/PackedTimecode.h"
 
 namespace Corvel {
 namespace {
@@ -57,18 +58,6 @@ std::string textOf(const PictureHeader& header, const char* key) {
     return found == header.metadata.end() ? "" : found->second;
 }
 
-// A time code such as 01:00:00:00 in the packing of OpenEXR and DPX (SMPTE 12M); nothing for another text.
-std::optional<std::uint32_t> packedTimecode(const std::string& text) {
-    unsigned hours = 0, minutes = 0, seconds = 0, frames = 0;
-    char separator = 0;
-    if (std::sscanf(text.c_str(), "%2u:%2u:%2u%c%2u", &hours, &minutes, &seconds, &separator, &frames) != 5) {
-        return std::nullopt;
-    }
-    const auto decimal = [](unsigned number, int shift) { return (number / 10 << 4 | number % 10) << shift; };
-    const std::uint32_t dropFlag = separator == ';' ? 1u << 6 : 0;
-    return decimal(hours, 24) | decimal(minutes, 16) | decimal(seconds, 8) | decimal(frames, 0) | dropFlag;
-}
-
 // The rate as a ratio; rates of the 1001 family exactly.
 std::array<int, 2> ratioOf(double rate) {
     const double whole = std::round(rate);
@@ -86,17 +75,18 @@ void describe(const Kind& kind, const PictureHeader& header, OIIO::ImageSpec& sp
     spec.attribute("PixelAspectRatio", static_cast<float>(header.pixelAspect));
     spec.attribute("Software", "corvel " CORVEL_VERSION);
     const std::string timecode = textOf(header, "input/timecode");
-    if (const std::optional<std::uint32_t> packed = packedTimecode(timecode); packed && !kind.textsOnly) {
+    const double rate = std::strtod(textOf(header, "input/frame_rate").c_str(), nullptr);
+    const std::optional<std::uint32_t> packed = kind.textsOnly ? std::nullopt : packTimecode(timecode, rate);
+    if (packed) {
         const std::array<std::uint32_t, 2> words{*packed, 0};
         spec.attribute("smpte:TimeCode", OIIO::TypeTimeCode, words.data());
-    } else if (packed) {
+    } else if (kind.textsOnly && !timecode.empty()) {
         spec.attribute("timecode", timecode);
     }
     if (const std::string reel = textOf(header, "quicktime/reel"); !reel.empty()) {
         spec.attribute("reelName", reel);
         spec.attribute("dpx:InputDevice", reel);
     }
-    const double rate = std::strtod(textOf(header, "input/frame_rate").c_str(), nullptr);
     if (rate > 0) {
         const std::array<int, 2> ratio = ratioOf(rate);
         spec.attribute("FramesPerSecond", OIIO::TypeRational, ratio.data());

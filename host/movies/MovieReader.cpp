@@ -1,12 +1,15 @@
 #include "host/movies/MovieReader.h"
 
 #include <fmt/format.h>
+
+#include <cstdlib>
 #include <new>
 #include <stdexcept>
 
 #include "host/images/ImageReader.h"
 #include "host/render/Failure.h"
 #include "quicktime/QuickTimeCodecReaderIPCController.h"
+#include "timecode/FrameRate.h"
 
 namespace Corvel {
 namespace {
@@ -24,6 +27,13 @@ double MovieFacts::pixelAspect() const {
                : 1.0;
 }
 
+int MovieFacts::timecodeRate() const {
+    const int counted = std::atoi(text("quicktime/timecode_rate").c_str());
+    return counted > 0
+               ? counted
+               : static_cast<int>(Morvane::Timecode::toFrameRateCode(static_cast<float>(rate)).nominalRate());
+}
+
 std::string MovieFacts::text(const std::string& key) const {
     const auto found = metadata.find(key);
     return found == metadata.end() ? "" : found->second;
@@ -39,14 +49,14 @@ void MovieReader::StopHelper::operator()(QuickTimeCodecReaderInterface* stopped)
 }
 
 MovieReader::MovieReader(const std::string& moviePath, Purpose purpose, HelperKeeper& helperKeeper)
-    : path_(moviePath), controller(nullptr, StopHelper{&helperKeeper}) {
-    helperKeeper.start([this] {
+    : path_(moviePath), keeper(helperKeeper), controller(nullptr, StopHelper{&helperKeeper}) {
+    helper = keeper.start([this] {
         controller.reset(Morvane::QuickTime::createReaderController());
         if (!controller) {
             throw std::bad_alloc();
         }
     });
-    helperKeeper.setActivity("opening " + path_);
+    keeper.setActivity("opening " + path_);
     const std::int32_t mode = purpose == Purpose::Frames ? framesWanted : descriptionOnly;
     if (const std::int32_t status = controller->openFile(path_, mode); status != 0) {
         throw Failure(Exit::InputUnreadable,
@@ -70,6 +80,7 @@ void MovieReader::readFacts() {
 
 std::vector<std::pair<std::string, std::string>> MovieReader::properties() {
     Morvane::Property::PropertyList list;
+    keeper.setActivity("listing the tracks of " + path_);
     controller->getProperties(list);
     std::vector<std::pair<std::string, std::string>> named;
     for (const auto& property : list) {
@@ -79,6 +90,7 @@ std::vector<std::pair<std::string, std::string>> MovieReader::properties() {
 }
 
 void MovieReader::readFrame(int number, float* pixels) {
+    keeper.setOwnActivity(helper, fmt::format("reading frame {} of {}", number + 1, path_));
     const std::int32_t status = controller->readFrame(number, reinterpret_cast<char*>(pixels));
     if (status != 0) {
         throw UnreadableImage(

@@ -27,6 +27,8 @@ struct MovieFacts {
     std::map<std::string, std::string> metadata;
 
     double pixelAspect() const;
+    /// Frames that its time code counts a second.
+    int timecodeRate() const;
     /// The metadata of that key, empty where there are none.
     std::string text(const std::string& key) const;
 };
@@ -65,6 +67,8 @@ private:
     void readFacts();
 
     const std::string path_;
+    HelperKeeper& keeper;
+    HelperKeeper::Helper helper = 0;
     std::unique_ptr<Morvane::QuickTime::QuickTimeCodecReaderInterface, StopHelper> controller;
     MovieFacts facts_;
 };

@@ -12,7 +12,6 @@
 #include "host/images/PlacePixels.h"
 #include "host/movies/RunningTimecode.h"
 #include "host/render/Failure.h"
-#include "timecode/FrameRate.h"
 
 namespace Corvel {
 namespace {
@@ -25,9 +24,7 @@ constexpr int srgb = 6;
 PictureHeader headerOfFrame(PictureHeader header, const MovieFacts& facts, int number) {
     const auto timecode = header.metadata.find("input/timecode");
     if (timecode != header.metadata.end()) {
-        const int nominalRate = static_cast<int>(
-            Morvane::Timecode::toFrameRateCode(static_cast<float>(facts.rate)).nominalRate());
-        timecode->second = timecodeAfter(timecode->second, number - 1, nominalRate);
+        timecode->second = timecodeAfter(timecode->second, number - 1, facts.timecodeRate());
     }
     return header;
 }
@@ -69,7 +66,7 @@ PictureHeader headerOf(const MovieFacts& facts, const LUT& curve) {
     header.hasAlpha = facts.channels == 4;
     header.bits = facts.bits;
     header.curve = curve.name();
-    for (const char* key : {"input/timecode", "quicktime/reel"}) {
+    for (const char* key : {"input/timecode", "quicktime/timecode_rate", "quicktime/reel"}) {
         if (const std::string text = facts.text(key); !text.empty()) {
             header.metadata[key] = text;
         }

@@ -32,7 +32,7 @@ std::string timecodeAfter(const std::string& start, int frames, int nominalRate)
     int hours = 0, minutes = 0, seconds = 0, frame = 0;
     char separator = 0;
     if (nominalRate < 1 ||
-        std::sscanf(start.c_str(), "%2d:%2d:%2d%c%2d", &hours, &minutes, &seconds, &separator, &frame) != 5) {
+        std::sscanf(start.c_str(), "%2d:%2d:%2d%c%3d", &hours, &minutes, &seconds, &separator, &frame) != 5) {
         return start;
     }
     const std::int64_t rate = nominalRate;

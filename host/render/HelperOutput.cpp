@@ -94,6 +94,11 @@ void HelperOutput::drain(std::chrono::milliseconds patience) {
     changed.wait_for(lock, patience, [this] { return ended; });
 }
 
+bool HelperOutput::hasEnded() {
+    const std::lock_guard lock(mutex);
+    return ended;
+}
+
 // False at the end of the pipe, or when there is nothing to read now.
 bool HelperOutput::readSome() {
     std::array<char, 4096> bytes;

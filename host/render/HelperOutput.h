@@ -31,6 +31,9 @@ public:
     /// Waits until the helper has closed its end and everything is handed on, at most for `patience`.
     void drain(std::chrono::milliseconds patience);
 
+    /// Whether the helper has closed its end: it has ended.
+    bool hasEnded();
+
 private:
     void readLines();
     bool readSome();

@@ -3,8 +3,10 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
+#include <iterator>
 
 #include "filesystem/FileSystem.h"
 #include "host/render/HelperProcesses.h"
@@ -42,10 +44,13 @@ HelperSession::~HelperSession() {
     expectEnd();
 }
 
-void HelperSession::start(const std::function<void()>& startHelper) {
+HelperKeeper::Helper HelperSession::start(const std::function<void()>& startHelper) {
+    Started& helper = addHelper();
     try {
         const Interrupts::HeldBack heldBack;
-        addOutput().capture(startHelper);
+        helper.output.capture(startHelper);
+        const std::lock_guard lock(mutex);
+        return helpers.size() - 1;
     } catch (const std::exception& error) {
         if (getpid() != process) {
             _exit(127);
@@ -57,15 +62,15 @@ void HelperSession::start(const std::function<void()>& startHelper) {
     }
 }
 
-HelperOutput& HelperSession::addOutput() {
+HelperSession::Started& HelperSession::addHelper() {
     const std::lock_guard lock(mutex);
-    return outputs.emplace_back([this](const std::string& line) { reporter.helperLine(line); });
+    return helpers.emplace_back([this](const std::string& line) { reporter.helperLine(line); });
 }
 
 void HelperSession::hearLastWords() {
     const std::lock_guard lock(mutex);
-    for (HelperOutput& output : outputs) {
-        output.drain(lastWords);
+    for (Started& helper : helpers) {
+        helper.output.drain(lastWords);
     }
 }
 
@@ -74,6 +79,21 @@ void HelperSession::setActivity(const std::string& newActivity) {
     activity = newActivity;
     helperAwaited = true;
     stall.progress(Clock::now());
+}
+
+void HelperSession::setOwnActivity(Helper helper, const std::string& newActivity) {
+    const std::lock_guard lock(mutex);
+    std::next(helpers.begin(), static_cast<std::ptrdiff_t>(helper))->ownActivity = newActivity;
+}
+
+/// A helper's death closes its standard error, which tells it from the others.
+void HelperSession::nameActivityOfDead() {
+    const std::lock_guard lock(mutex);
+    const auto dead = std::find_if(helpers.begin(), helpers.end(),
+                                   [](Started& helper) { return helper.output.hasEnded(); });
+    if (dead != helpers.end() && !dead->ownActivity.empty()) {
+        activity = dead->ownActivity;
+    }
 }
 
 void HelperSession::setIdle(const std::string& newActivity) {
@@ -106,6 +126,7 @@ void HelperSession::setPartialFile(const std::string& path) {
 
 void HelperSession::helperDied(const Morvane::Platform::ProcessEnd& end) {
     hearLastWords();
+    nameActivityOfDead();
     const std::string how = fmt::format("{} {}", end.signalled ? "signal" : "exit code", end.number);
     abandon(Exit::HelperFailed, fmt::format("the QuickTime helper died ({})", how));
 }

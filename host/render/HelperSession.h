@@ -10,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "host/movies/HelperKeeper.h"
 #include "host/render/Failure.h"
@@ -45,10 +46,11 @@ public:
     /// (HelperFailed) for whatever that throws. Does not return in the child of a helper that could not be
     /// executed, which comes back into the host's code: that process ends at once, before it can touch what
     /// is the parent's.
-    void start(const std::function<void()>& startHelper) override;
+    Helper start(const std::function<void()>& startHelper) override;
 
     /// A helper is waited for from now on.
     void setActivity(const std::string& newActivity) override;
+    void setOwnActivity(Helper helper, const std::string& newActivity) override;
     /// No helper is waited for from now on; what is being done instead.
     void setIdle(const std::string& newActivity);
     /// The helper that is waited for has got on. Any thread.
@@ -62,13 +64,21 @@ public:
     const Interrupts& interrupts() const { return interrupts_; }
 
 private:
+    struct Started {
+        explicit Started(std::function<void(const std::string&)> line) : output(std::move(line)) {}
+
+        HelperOutput output;
+        std::string ownActivity;
+    };
+
     void helperDied(const Morvane::Platform::ProcessEnd& end);
     void look();
     void lookForGivingUp();
     void lookForStall();
     void lookForUnwillingHelper();
-    HelperOutput& addOutput();
+    Started& addHelper();
     void hearLastWords();
+    void nameActivityOfDead();
     [[noreturn]] void abandon(Exit code, const std::string& sentence);
 
     const pid_t process = getpid();
@@ -82,7 +92,7 @@ private:
     std::string partialFile;
     PrivateFolder folder;
     Interrupts interrupts_;
-    std::list<HelperOutput> outputs;  // one a helper
+    std::list<Started> helpers;  // in the order of their numbers
     std::optional<HelperWatch> watch;
 };
 

@@ -14,14 +14,15 @@ using Morvane::Timecode::FrameRate;
 
 namespace {
 
-// Four fields of one or two digits.
+// Four fields of one or two digits; frames of three at more than 100 a second.
 bool hasFourFields(const std::string& text) {
     int fields = 0;
     std::size_t digits = 0;
     for (const char character : text + ':') {
+        const std::size_t mostDigits = fields == 3 ? 3 : 2;
         if (std::isdigit(static_cast<unsigned char>(character))) {
             ++digits;
-        } else if ((character != ':' && character != ';') || digits < 1 || digits > 2) {
+        } else if ((character != ':' && character != ';') || digits < 1 || digits > mostDigits) {
             return false;
         } else {
             ++fields;

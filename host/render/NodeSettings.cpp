@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <utility>
 
 #include "Kex/Image/LUT.h"
@@ -65,10 +66,14 @@ void applyBeforeSettings(Write& node, const std::vector<KnobSetting>& settings) 
     applyThose(node, settings, [](const std::string& knob) { return !isCodec(knob) && !isSettings(knob); });
 }
 
+bool isRate(double rate) {
+    return rate > 0 && rate <= 1000;
+}
+
 // A writer of images has no rate.
 void checkRate(const Write& node) {
     const double rate = knobNumber(node, rateKnob);
-    if (node.knob(rateKnob) != nullptr && (!(rate > 0) || rate > 1000)) {
+    if (node.knob(rateKnob) != nullptr && !isRate(rate)) {
         throw Failure(
             Exit::Usage,
             fmt::format("{} frames a second are no frame rate; it is above 0 and at most 1000", rate));
@@ -77,9 +82,15 @@ void checkRate(const Write& node) {
 
 void applyInputRate(Write& node, const RenderRequest& request, const RenderPlan& plan) {
     const auto rate = plan.metadata.find(rateKey);
-    if (rate != plan.metadata.end() && node.knob(rateKnob) != nullptr && !isGiven(request, rateKnob)) {
-        applyKnob(node, rateKnob, rate->second);
+    if (rate == plan.metadata.end() || node.knob(rateKnob) == nullptr || isGiven(request, rateKnob)) {
+        return;
     }
+    if (!isRate(std::strtod(rate->second.c_str(), nullptr))) {
+        spdlog::warn("the input says {} frames a second, which is no frame rate; {} is taken", rate->second,
+                     knobNumber(node, rateKnob));
+        return;
+    }
+    applyKnob(node, rateKnob, rate->second);
 }
 
 // The time code as the movie's first frame has it, written as the track will have it.

@@ -29,6 +29,9 @@ using Clock = std::chrono::steady_clock;
 
 // Frames a second as time codes count them.
 int nominalRateOf(const RenderPlan& plan) {
+    if (const auto counted = plan.metadata.find("quicktime/timecode_rate"); counted != plan.metadata.end()) {
+        return std::atoi(counted->second.c_str());
+    }
     const auto rate = plan.metadata.find("input/frame_rate");
     const float fps = rate == plan.metadata.end() ? 24.0f : std::strtof(rate->second.c_str(), nullptr);
     return static_cast<int>(Morvane::Timecode::toFrameRateCode(fps).nominalRate());

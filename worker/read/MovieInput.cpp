@@ -63,6 +63,8 @@ MovieInput::MovieInput(const SharedSource& source) : file(source), context(openF
     for (unsigned i = 0; i < context->nb_streams; ++i)
         context->streams[i]->discard = static_cast<int>(i) == videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
     keepPalette();
+    timecode_ = SourceTimecode::of(*context, *source);
+    correctTimecode();
     // Samples are frames and have their times: nothing to be found by parsing, nothing to be guessed.
     if (isQuickTime()) {
         context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
@@ -82,6 +84,17 @@ void MovieInput::keepPalette() {
     if (const std::uint8_t* data = av_packet_get_side_data(first.get(), AV_PKT_DATA_PALETTE, &bytes))
         palette.assign(data, data + bytes);
     rewind();
+}
+
+/// Wherever libav has written the time code down, it becomes the one that the track means.
+void MovieInput::correctTimecode() {
+    if (!timecode_)
+        return;
+    for (unsigned i = 0; i < context->nb_streams; ++i) {
+        AVDictionary*& facts = context->streams[i]->metadata;
+        if (av_dict_get(facts, "timecode", nullptr, 0) != nullptr)
+            av_dict_set(&facts, "timecode", timecode_->text.c_str(), 0);
+    }
 }
 
 bool MovieInput::isQuickTime() const {

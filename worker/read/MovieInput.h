@@ -1,11 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "worker/read/FileSource.h"
 #include "worker/read/LibavPointers.h"
+#include "worker/read/SourceTimecode.h"
 
 namespace Morvane::Worker {
 
@@ -22,6 +24,9 @@ public:
     /// The track whose pictures are read.
     AVStream& video() { return *context->streams[videoIndex]; }
     const AVStream& video() const { return *context->streams[videoIndex]; }
+
+    /// What the time-code track says; nothing where there is none.
+    const std::optional<SourceTimecode>& timecode() const { return timecode_; }
 
     /// Whether the file is of the QuickTime and MPEG-4 family, whose samples are whole frames with exact
     /// times.
@@ -43,10 +48,12 @@ public:
 
 private:
     void keepPalette();
+    void correctTimecode();
 
     FileSource file;
     FormatPointer context;
     int videoIndex = -1;
+    std::optional<SourceTimecode> timecode_;
     std::vector<std::uint8_t> palette;  ///< as a packet carries it; empty: none
 };
 

@@ -72,6 +72,8 @@ Pairs movieMetadata(const MovieInput& input, const MovieDescription& description
     const AVCodecParameters& parameters = *input.video().codecpar;
     Pairs all = {
         {"input/timecode", valueAnywhere(input, "timecode")},
+        {"quicktime/timecode_rate",
+         input.timecode() ? Property::numberText(input.timecode()->framesPerSecond) : ""},
         {"quicktime/reel", valueAnywhere(input, "reel_name")},
         {"input/frame_rate", description.rate.num > 0 ? Property::numberText(av_q2d(description.rate)) : ""},
         {"quicktime/codec_id", codecId(parameters)},

@@ -9,6 +9,7 @@
 #include "tests/integration/real_worker/Commands.h"
 #include "tests/integration/real_worker/RawController.h"
 #include "tests/integration/worker_read/ReaderFixture.h"
+#include "timecode/Timecode.h"
 
 namespace Morvane::Testing {
 namespace {
@@ -82,6 +83,68 @@ TEST_F(MovieFactsTest, KnowsTimeCodeReelAndCodec) {
     EXPECT_FALSE(known["quicktime/codec_name"].empty());
     EXPECT_FALSE(known["quicktime/encoder"].empty());
     EXPECT_EQ(known["quicktime/alpha"], "none");
+}
+
+/// Time codes count whole frames a second, and not every maker rounds a rate alike.
+TEST_F(MovieFactsTest, CountsTimeCodesAtTheTracksOwnRate) {
+    const struct {
+        const char* rate;
+        const char* counted;
+        const char* start;
+    } kinds[] = {{"25/2", "13", "01:00:00:12"},
+                 {"24000/1001", "24", "01:00:00:23"},
+                 {"48000/1001", "48", "01:00:00:47"},
+                 {"120000/1001", "120", "01:00:00:119"}};
+    for (const auto& kind : kinds) {
+        open(makeMovie(
+            "a.mov", 3,
+            {"-r", kind.rate, "-c:v", "mjpeg", "-timecode", kind.start, "-video_track_timescale", "120000"}));
+        auto known = metadata();
+        EXPECT_EQ(known["input/timecode"], kind.start);
+        EXPECT_EQ(known["quicktime/timecode_rate"], kind.counted) << kind.rate;
+        EXPECT_EQ(properties()["track/2/meta/timecode"], kind.start);
+    }
+}
+
+TEST_F(MovieFactsTest, KnowsTheTimeCodesThatTheWriterWrites) {
+    const struct {
+        float rate;
+        Timecode::FrameRate counted;
+        const char* start;
+    } kinds[] = {{12.5f, Timecode::FrameRate(12, false), "10:11:12:11"},
+                 {47.952f, Timecode::FrameRate(47, false), "10:11:12:46"},
+                 {119.88f, Timecode::FrameRate(119, false), "10:11:12:118"},
+                 {59.94f, Timecode::FrameRate(60, true), "10:11:12:59"}};
+    for (const auto& kind : kinds) {
+        {
+            QuickTime::QuickTimeCodecWriterIPCController writer(newBridgeName());
+            writer.codecList();
+            writer.setCodec(0);
+            const std::vector<float> pixels(16 * 16 * 4);
+            writer.configure(16, 16, 1, 4, false, "", kind.rate);
+            ASSERT_EQ(writer.openFile(path("a.mov"), 1), 0);
+            ASSERT_EQ(writer.addFrame(1, reinterpret_cast<const char*>(pixels.data()), false), 0);
+            writer.finishVideo();
+            ASSERT_EQ(Timecode::toFrameRateCode(kind.rate).word, kind.counted.word);
+            writer.addTimecodeTrack(kind.counted,
+                                    parseTimecode(kind.start, kind.counted, Timecode::Mode::NonDrop), "REEL");
+            ASSERT_EQ(writer.closeFile(true), 0);
+        }
+        open(path("a.mov"));
+        auto known = metadata();
+        EXPECT_EQ(known["input/timecode"], kind.start) << kind.rate;
+        EXPECT_EQ(known["quicktime/timecode_rate"], std::to_string(kind.counted.nominalRate()));
+        EXPECT_EQ(known["timecode"], kind.start);
+    }
+}
+
+TEST_F(MovieFactsTest, KeepsDropFrameTimeCodes) {
+    open(makeMovie("a.mov", 3, {"-r", "30000/1001", "-c:v", "mjpeg", "-timecode", "01:09:59;29"}));
+
+    auto known = metadata();
+
+    EXPECT_EQ(known["input/timecode"], "01:09:59;29");
+    EXPECT_EQ(known["quicktime/timecode_rate"], "30");
 }
 
 TEST_F(MovieFactsTest, GivesTheFilesOwnKeysByteForByte) {

@@ -59,26 +59,6 @@ TEST(CurveOf, ReadsTheTransferCharacteristicOfDpx) {
     }
 }
 
-TEST(TimecodeText, ReadsTwoDigitsAField) {
-    EXPECT_EQ(timecodeText(0x01020304), "01:02:03:04");
-    EXPECT_EQ(timecodeText(0x23595929), "23:59:59:29");
-}
-
-TEST(TimecodeText, WritesASemicolonForDropFrame) {
-    EXPECT_EQ(timecodeText(0x01000000 | 1u << 6), "01:00:00;00");
-}
-
-TEST(TimecodeText, IgnoresFieldAndBinaryGroupFlags) {
-    EXPECT_EQ(timecodeText(0x01020304 | 1u << 7 | 1u << 15 | 1u << 23 | 1u << 30 | 1u << 31), "01:02:03:04");
-}
-
-TEST(TimecodeText, IsEmptyForNoTimeOfDay) {
-    EXPECT_EQ(timecodeText(0xffffffff), "");
-    EXPECT_EQ(timecodeText(0x24000000), "");
-    EXPECT_EQ(timecodeText(0x00600000), "");
-    EXPECT_EQ(timecodeText(0x0000000a), "");
-}
-
 TEST(MetadataOf, IsEmptyForABareFile) {
     EXPECT_TRUE(metadataOf(specOf(OIIO::TypeHalf)).empty());
 }
@@ -93,6 +73,15 @@ TEST(MetadataOf, ReadsOpenExrAttributes) {
     EXPECT_EQ(metadataOf(spec), (Metadata{{"input/timecode", "01:02:03:04"},
                                           {"quicktime/reel", "A001"},
                                           {"input/frame_rate", "23.976"}}));
+}
+
+TEST(MetadataOf, CountsPairsOfFramesAboveThirtyASecond) {
+    ImageSpec spec = specOf(OIIO::TypeHalf);
+    const std::uint32_t timecode[2] = {0x01020323 | 1u << 15, 0};
+    const int rate[2] = {48, 1};
+    spec.attribute("smpte:TimeCode", OIIO::TypeTimeCode, timecode);
+    spec.attribute("FramesPerSecond", OIIO::TypeRational, rate);
+    EXPECT_EQ(metadataOf(spec)["input/timecode"], "01:02:03:47");
 }
 
 TEST(MetadataOf, ReadsDpxHeaders) {

@@ -90,6 +90,25 @@ TEST_F(ImageWriterTest, CarriesTimeCodeReelRateAndPixelAspect) {
     EXPECT_EQ(read.pixelAspect, 2);
 }
 
+TEST_F(ImageWriterTest, CarriesTimeCodesOfManyFramesASecond) {
+    header.metadata["input/timecode"] = "10:11:12:47";
+    header.metadata["input/frame_rate"] = "47.952";
+    for (const char* name : {"a.exr", "a.png"}) {
+        writeImage(folder / name, picture, header);
+        expectSame(folder / name, 1e-3f);
+        EXPECT_EQ(read.metadata["input/timecode"], "10:11:12:47") << name;
+    }
+    header.metadata["input/timecode"] = "10:11:12:119";
+    header.metadata["input/frame_rate"] = "120";
+    writeImage(folder / "a.png", picture, header);
+    expectSame(folder / "a.png", 1e-3f);
+    EXPECT_EQ(read.metadata["input/timecode"], "10:11:12:119");
+    // Its header has no room for so many.
+    writeImage(folder / "a.exr", picture, header);
+    expectSame(folder / "a.exr", 1e-3f);
+    EXPECT_EQ(read.metadata.count("input/timecode"), 0U);
+}
+
 TEST_F(ImageWriterTest, ReplacesAFileOnlyByAWholeOne) {
     folder.write("a.exr", "something else");
     writeImage(folder / "a.exr", picture, header);

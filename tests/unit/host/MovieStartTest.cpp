@@ -33,6 +33,11 @@ TEST(TimecodeFault, IsTooGreatAField) {
     EXPECT_NE(timecodeFault("00:00:00:30", ntsc), "");
 }
 
+TEST(TimecodeFault, IsNoneForFramesOfThreeDigits) {
+    EXPECT_EQ(timecodeFault("00:00:00:119", FrameRate(120, false)), "");
+    EXPECT_NE(timecodeFault("00:00:00:0119", FrameRate(120, false)), "");
+}
+
 TEST(TimecodeBefore, CountsBackAtTheRate) {
     EXPECT_EQ(timecodeBefore("01:00:00:00", film, 1), "00:59:59:23");
     EXPECT_EQ(timecodeBefore("01:00:00:00", ntsc, 1), "00:59:59:29");

@@ -64,6 +64,17 @@ TEST_F(NodeSettingsTest, PressesTheButtonWhenAllElseIsSet) {
     EXPECT_EQ(settingsAfter(), "a=1:dialog=1:threads=2");
 }
 
+TEST_F(NodeSettingsTest, LeavesOutARateOfTheInputThatIsNone) {
+    for (const char* rate : {"1e+06", "-25", "0", "nan"}) {
+        plan.metadata["input/frame_rate"] = rate;
+        messages.clear();
+        apply();
+        EXPECT_EQ(fake.writer().fps, 24.0f) << rate;
+        ASSERT_EQ(messages.size(), 1U) << rate;
+        EXPECT_NE(messages[0].find(rate), std::string::npos);
+    }
+}
+
 TEST_F(NodeSettingsTest, TakesTheRateOfTheInputUnlessOneIsGiven) {
     plan.metadata["input/frame_rate"] = "23.976";
     apply();

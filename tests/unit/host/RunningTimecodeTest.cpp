@@ -11,6 +11,12 @@ TEST(RunningTimecode, CountsFramesSecondsMinutesAndHours) {
     EXPECT_EQ(timecodeAfter("01:59:59:24", 1, 25), "02:00:00:00");
 }
 
+TEST(RunningTimecode, CountsMoreThanAHundredFramesASecond) {
+    EXPECT_EQ(timecodeAfter("01:00:00:99", 1, 120), "01:00:00:100");
+    EXPECT_EQ(timecodeAfter("01:00:00:119", 1, 120), "01:00:01:00");
+    EXPECT_EQ(timecodeAfter("01:00:00:010", 0, 120), "01:00:00:10");
+}
+
 TEST(RunningTimecode, WrapsAtMidnight) {
     EXPECT_EQ(timecodeAfter("23:59:59:23", 1, 24), "00:00:00:00");
     EXPECT_EQ(timecodeAfter("23:59:59;29", 1, 30), "00:00:00;00");

@@ -51,7 +51,7 @@ TEST_P(OrderOfPackets, PacketsComeInDecodingOrderOneForEachFrame) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Codecs, OrderOfPackets,
-                         testing::Values("mjpa", "png ", "apch", "rle ", "v210", "avc1", "mp4v"));
+                         testing::Values("mjpa", "png ", "apch", "rle ", "v210", "avc1", "hvc1", "mp4v"));
 
 /// Fewer frames than an encoder reorders must have sensible times too.
 TEST(VideoEncoder, MoviesOfFewFramesHaveTheirTimes) {
