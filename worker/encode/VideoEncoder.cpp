@@ -43,6 +43,7 @@ private:
     void encodeSideBySide(EncoderContext& context);
     void encodeInARow(EncoderContext& context);
     void passOn(EncoderContext& context);
+    static std::int64_t delayOf(const AVPacket& first, const EncoderContext& context);
     void deliver();
     void guarded(void (Pipeline::*work)(EncoderContext&), EncoderContext& context);
     void fail(std::exception_ptr reason);
@@ -59,7 +60,8 @@ private:
     FrameQueue queue{waitingPictures};
     PacketOrder packets;
     std::int64_t framesAdded = 0;
-    std::int64_t packetsMade = 0;  ///< by the one context of encoders that work in a row
+    std::int64_t packetsMade = 0;   ///< by the one context of encoders that work in a row
+    std::int64_t reorderDelay = 0;  ///< frames that decoding runs ahead of showing, in a row
     std::atomic<int> busyEncoders = 0;
     std::vector<std::thread> threads;
     bool finished = false;
@@ -148,10 +150,19 @@ void VideoEncoder::Pipeline::encodeInARow(EncoderContext& context) {
 
 void VideoEncoder::Pipeline::passOn(EncoderContext& context) {
     while (PacketPointer packet = context.receive()) {
-        // One encoder makes up decoding times when there are fewer frames than it reorders.
-        packet->dts = packetsMade - context.reorderDelay();
+        if (packetsMade == 0)
+            reorderDelay = delayOf(*packet, context);
+        packet->dts = packetsMade - reorderDelay;
         packets.put(packetsMade++, std::move(packet));
     }
+}
+
+/// One encoder says that it reorders less than its first packet shows; another makes up decoding times when
+/// there are fewer frames than it reorders.
+std::int64_t VideoEncoder::Pipeline::delayOf(const AVPacket& first, const EncoderContext& context) {
+    constexpr std::int64_t mostReordered = 16;
+    const std::int64_t stated = context.reorderDelay();
+    return first.dts != AV_NOPTS_VALUE && first.dts >= -mostReordered ? std::max(stated, -first.dts) : stated;
 }
 
 void VideoEncoder::Pipeline::deliver() {
