@@ -26,4 +26,5 @@ find_package(Qt6 REQUIRED COMPONENTS Widgets)  # only programs with windows link
 pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
 if(NOT APPLE)
   pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
+  pkg_check_modules(seccomp REQUIRED IMPORTED_TARGET libseccomp)
 endif()

@@ -12,6 +12,7 @@
 #include "host/render/PrivateFolder.h"
 #include "host/render/ProgressText.h"
 #include "host/render/Sweep.h"
+#include "platform/Confinement.h"
 
 namespace Corvel {
 namespace {
@@ -92,6 +93,11 @@ Exit Examination::examine(const Bundle& bundle) {
     if (healthy) {
         check("helper", [this] { return helperAnswer(); });
     }
+    check("decoders of movies and sound", [] {
+        return Morvane::Platform::isConfinementWanted()
+                   ? "are confined: " + Morvane::Platform::confinementText()
+                   : std::string("are not confined: CORVEL_HELPER_CONFINEMENT is off");
+    });
     check("images", [] { return fmt::format("can be read from {}", readableFormats()); });
     return healthy ? Exit::Done : Exit::HelperFailed;
 }

@@ -11,12 +11,13 @@ namespace {
 struct Entry {
     const char* word;
     std::unique_ptr<Mode> (*make)();
+    bool confined;
 };
 
 constexpr Entry modes[] = {
-    {"write", []() -> std::unique_ptr<Mode> { return std::make_unique<WriteMode>(); }},
-    {"read", []() -> std::unique_ptr<Mode> { return std::make_unique<ReadMode>(); }},
-    {"videooutput", []() -> std::unique_ptr<Mode> { return std::make_unique<VideoOutputMode>(); }},
+    {"write", []() -> std::unique_ptr<Mode> { return std::make_unique<WriteMode>(); }, false},
+    {"read", []() -> std::unique_ptr<Mode> { return std::make_unique<ReadMode>(); }, true},
+    {"videooutput", []() -> std::unique_ptr<Mode> { return std::make_unique<VideoOutputMode>(); }, false},
 };
 
 }  // namespace
@@ -26,6 +27,13 @@ std::unique_ptr<Mode> makeMode(const std::string& word) {
         if (word == mode.word)
             return mode.make();
     return nullptr;
+}
+
+bool isConfinedMode(const std::string& word) {
+    for (const Entry& mode : modes)
+        if (word == mode.word)
+            return mode.confined;
+    return false;
 }
 
 std::string modeWords() {

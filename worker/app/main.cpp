@@ -1,4 +1,6 @@
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <stdexcept>
@@ -9,6 +11,7 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "platform/Confinement.h"
 #include "platform/Descriptors.h"
 #include "platform/SemaphoreOwner.h"
 #include "worker/FailureReport.h"
@@ -28,8 +31,22 @@ pid_t findHost(const ProcessBridge::ResourceNames& names) {
     return host;
 }
 
-void serve(const ProcessBridge::ResourceNames& names, std::unique_ptr<Mode> mode) {
+/// Movies may come from anywhere, so what decodes them gets along with reading files and the bridge. Its
+/// semaphores are open by now; their names and the shared files must be removable should the host die.
+void confineDecoder() {
+    constexpr std::uint64_t longestFrame = std::uint64_t{4} << 30;  // bytes of the shared file
+    const char* folder = std::getenv("CORVEL_TEMP_DIR");
+    Platform::confine({.readable = {"/"},
+                       .writable = {std::string(folder == nullptr ? "/tmp" : folder) + "/processbridge"},
+                       .removable = {"/dev/shm"},
+                       .memoryBytes = Platform::generousMemoryBytes(),
+                       .fileBytes = longestFrame});
+}
+
+void serve(const ProcessBridge::ResourceNames& names, std::unique_ptr<Mode> mode, bool confined) {
     BridgeEnd bridge(names);
+    if (confined && Platform::isConfinementWanted())
+        confineDecoder();
     RequestLoop loop(bridge, *mode);
     const pid_t host = findHost(names);
     Lifetime lifetime(
@@ -50,7 +67,7 @@ int run(int argc, char** argv) {
         std::fputs(("usage: CorvelQuickTimeHelper-32 BRIDGE-NAME " + modeWords() + "\n").c_str(), stderr);
         return 2;
     }
-    serve(ProcessBridge::ResourceNames(argv[1]), std::move(mode));
+    serve(ProcessBridge::ResourceNames(argv[1]), std::move(mode), isConfinedMode(argv[2]));
     return 0;
 }
 
