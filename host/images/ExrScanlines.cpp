@@ -2,12 +2,12 @@
 
 #include <fmt/format.h>
 #include <libdeflate.h>
-#include <openexr.h>
 
 #include <algorithm>
 #include <new>
 #include <optional>
 
+#include "host/images/ExrFile.h"
 #include "host/images/ExrKernels.h"
 #include "host/images/ImageReader.h"
 
@@ -17,29 +17,6 @@ namespace {
 [[noreturn]] void refuse(const std::string& path, int row, const char* reason) {
     throw UnreadableImage(fmt::format("cannot read {}: the pixels from row {} on {}", path, row, reason));
 }
-
-// An OpenEXR file that is open for reading; null where it could not be opened.
-class ExrFile {
-public:
-    explicit ExrFile(const std::string& path) {
-        exr_context_initializer_t options = EXR_DEFAULT_CONTEXT_INITIALIZER;
-        // The library would print; the general reader, which has the file next, gives the reason.
-        options.error_handler_fn = [](exr_const_context_t, exr_result_t, const char*) {};
-        options.flags = EXR_CONTEXT_FLAG_SILENT_HEADER_PARSE | EXR_CONTEXT_FLAG_DISABLE_CHUNK_RECONSTRUCTION;
-        if (exr_start_read(&context, path.c_str(), &options) != EXR_ERR_SUCCESS) {
-            context = nullptr;
-        }
-    }
-    ~ExrFile() {
-        if (context) {
-            exr_finish(&context);
-        }
-    }
-    ExrFile(const ExrFile&) = delete;
-    ExrFile& operator=(const ExrFile&) = delete;
-
-    exr_context_t context = nullptr;
-};
 
 // A channel of the file that becomes a plane of the picture.
 struct Channel {
@@ -65,15 +42,6 @@ struct Block {
     std::size_t size;
     bool split;  // bytes at even places first, then those at odd places
 };
-
-std::optional<Window> windowOf(const exr_attr_box2i_t& box) {
-    const std::int64_t width = std::int64_t{box.max.x} - box.min.x + 1;
-    const std::int64_t height = std::int64_t{box.max.y} - box.min.y + 1;
-    if (width < 1 || height < 1 || width * height > INT32_MAX) {
-        return std::nullopt;
-    }
-    return Window{box.min.x, box.min.y, static_cast<int>(width), static_cast<int>(height)};
-}
 
 // False where a wanted channel is missing or is of a kind that is left to the general reader.
 bool planChannels(const exr_attr_chlist_t& list, const ExrScanlines::ChannelNames& names, int planes,
@@ -115,7 +83,7 @@ std::optional<Plan> planOf(exr_const_context_t file, const ExrScanlines::Channel
         plan.compression != EXR_COMPRESSION_ZIPS) {
         return std::nullopt;
     }
-    const std::optional<Window> data = windowOf(box);
+    const std::optional<Window> data = exrWindow(box);
     if (!data) {
         return std::nullopt;
     }
@@ -168,22 +136,19 @@ ExrScanlines::ExrScanlines() : decompressor(libdeflate_alloc_decompressor(), lib
 
 ExrScanlines::~ExrScanlines() = default;
 
-bool ExrScanlines::read(const std::string& path, const ChannelNames& names, const Window& display,
+bool ExrScanlines::read(const ExrFile& file, const ChannelNames& names, const Window& display,
                         Picture& picture) {
-    const ExrFile file(path);
-    if (!file.context) {
-        return false;
-    }
-    const std::optional<Plan> plan = planOf(file.context, names, display, picture.channels());
+    const std::optional<Plan> plan = planOf(file.context(), names, display, picture.channels());
     if (!plan) {
         return false;
     }
+    const std::string& path = file.path();
 
     // Blocks are counted from the top of the data window.
     const int skipped = (plan->shown.y - plan->data.y) / plan->blockRows * plan->blockRows;
     for (int row = plan->data.y + skipped; row < plan->shown.y + plan->shown.height; row += plan->blockRows) {
         exr_chunk_info_t chunk;
-        if (exr_read_scanline_chunk_info(file.context, 0, row, &chunk) != EXR_ERR_SUCCESS) {
+        if (exr_read_scanline_chunk_info(file.context(), 0, row, &chunk) != EXR_ERR_SUCCESS) {
             refuse(path, row, "are missing; the file is cut short or damaged");
         }
         const std::size_t size = static_cast<std::size_t>(chunk.height) * plan->rowBytes;
@@ -191,7 +156,7 @@ bool ExrScanlines::read(const std::string& path, const ChannelNames& names, cons
             refuse(path, row, "have a wrong length; the file is damaged");
         }
         packed.resize(chunk.packed_size);
-        if (exr_read_chunk(file.context, 0, &chunk, packed.data()) != EXR_ERR_SUCCESS) {
+        if (exr_read_chunk(file.context(), 0, &chunk, packed.data()) != EXR_ERR_SUCCESS) {
             refuse(path, row, "are missing; the file is cut short or damaged");
         }
 

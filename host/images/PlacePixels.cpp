@@ -42,6 +42,26 @@ void placeRow(const InterleavedPixels& pixels, const float* from, Picture& pictu
 
 }  // namespace
 
+void prepareFor(const PictureHeader& header, Picture& picture) {
+    picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
+    if (overlapOf(header.data, header.display) != header.display) {
+        picture.clear();
+    }
+}
+
+void linearise(const PictureHeader& header, const Kex::Image::LUT& curve, Picture& picture) {
+    if (curve.type() == 0) {
+        return;
+    }
+    const Window shown = overlapOf(header.data, header.display);
+    for (int channel = 0; channel < 3; ++channel) {
+        for (int y = 0; y < shown.height; ++y) {
+            float* row = picture.row(channel, shown.y - header.display.y + y) + (shown.x - header.display.x);
+            curve.toLinear(row, row, static_cast<std::size_t>(shown.width), 1);
+        }
+    }
+}
+
 void placePixels(const InterleavedPixels& pixels, const Window& display, Picture& picture) {
     const Window& data = pixels.window;
     const Window shown = overlapOf(data, display);

@@ -3,6 +3,7 @@
 #include "Kex/Image/LUT.h"
 #include "host/images/ChannelLayout.h"
 #include "host/images/Picture.h"
+#include "host/images/PictureHeader.h"
 
 namespace Corvel {
 
@@ -16,6 +17,12 @@ struct InterleavedPixels {
     bool straightAlpha = false;
     const Kex::Image::LUT& curve;
 };
+
+/// Gives the picture the frame's size and channels, black where the file has no pixels.
+void prepareFor(const PictureHeader& header, Picture& picture);
+
+/// Takes `curve` off the colours of the part of the picture that the file covers.
+void linearise(const PictureHeader& header, const Kex::Image::LUT& curve, Picture& picture);
 
 /// Lays the pixels where they belong in `display`, whose size the picture has: split into planes, linear,
 /// premultiplied in linear light. Pixels outside of `display` are cropped; samples of the picture that

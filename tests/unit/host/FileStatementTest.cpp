@@ -1,4 +1,4 @@
-#include "host/images/FileStatement.h"
+#include "host/image_library/FileStatement.h"
 
 #include <gtest/gtest.h>
 

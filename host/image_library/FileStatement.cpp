@@ -1,53 +1,16 @@
-#include "host/images/FileStatement.h"
+#include "host/image_library/FileStatement.h"
 
-#include <fmt/format.h>
-
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
-#include <initializer_list>
 
 #include "host/images/PackedTimecode.h"
+#include "host/images/StatedValues.h"
 
 namespace Corvel {
 namespace {
 
 bool contains(const std::string& text, const char* part) {
     return OIIO::Strutil::icontains(text, part);
-}
-
-// The curve of a file that states a plain exponent, empty where we have no such curve.
-std::string curveOfGamma(double gamma) {
-    struct Known {
-        double gamma;
-        const char* curve;
-    };
-    for (const Known& known :
-         {Known{1.0, "linear"}, {1.8, "gamma1.8"}, {2.2, "gamma2.2"}, {2.4, "gamma2.4"}}) {
-        if (std::abs(gamma - known.gamma) < 0.05) {
-            return known.curve;
-        }
-    }
-    return "";
-}
-
-std::string curveOfColorSpace(const std::string& space) {
-    if (contains(space, "srgb")) {
-        return "srgb";
-    }
-    if (contains(space, "linear")) {
-        return "linear";
-    }
-    if (contains(space, "709")) {
-        return "rec709";
-    }
-    if (contains(space, "log")) {
-        return "cineon";
-    }
-    if (OIIO::Strutil::istarts_with(space, "gamma")) {
-        return curveOfGamma(OIIO::Strutil::stof(space.substr(5)));
-    }
-    return "";
 }
 
 // The transfer characteristics that the image library does not translate into a colour space. Printing
@@ -64,10 +27,6 @@ std::string curveOfDpxTransfer(const std::string& transfer) {
         return "rec709";
     }
     return "";
-}
-
-std::string rateText(double rate) {
-    return std::isfinite(rate) && rate > 0 ? fmt::format("{:.6g}", rate) : "";
 }
 
 std::string rateOf(const OIIO::ImageSpec& spec) {

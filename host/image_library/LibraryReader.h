@@ -12,9 +12,9 @@ namespace Corvel {
 struct ChannelLayout;
 
 /// The reader for every format of the image library (OpenImageIO). One read call a file, into interleaved
-/// scratch memory that is kept, then one pass a row that splits, linearises and premultiplies. Of ordinary
-/// OpenEXR files the library reads the header only; their pixels are decoded by ExrScanlines, in a third of
-/// the time.
+/// scratch memory that is kept, then one pass a row that splits, linearises and premultiplies. Of OpenEXR
+/// files whose layout is ordinary but whose channels or windows need a closer look the library reads the
+/// header only; their pixels are decoded by ExrScanlines, in a third of the time.
 class LibraryReader : public ImageReader {
 public:
     /// Keeps the image library from starting threads: each frame is read on the thread that asks for it.

@@ -1,4 +1,4 @@
-#include "host/images/LibraryReader.h"
+#include "host/image_library/LibraryReader.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
@@ -12,9 +12,10 @@
 #include <mutex>
 
 #include "Kex/Image/LUT.h"
+#include "host/image_library/DpxFile.h"
+#include "host/image_library/FileStatement.h"
 #include "host/images/ChannelLayout.h"
-#include "host/images/DpxFile.h"
-#include "host/images/FileStatement.h"
+#include "host/images/ExrFile.h"
 #include "host/images/PlacePixels.h"
 
 namespace Corvel {
@@ -117,28 +118,6 @@ void turnUpright(const std::string& path, const OIIO::ImageSpec& spec, int chann
     }
 }
 
-// Gives the picture the frame's size, black where the file has no pixels.
-void prepare(const PictureHeader& header, Picture& picture) {
-    picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
-    if (overlapOf(header.data, header.display) != header.display) {
-        picture.clear();
-    }
-}
-
-// Makes the colours of the part of the picture that the file covers linear.
-void linearise(const PictureHeader& header, const LUT& curve, Picture& picture) {
-    if (&curve == LUT::getLut(0)) {
-        return;
-    }
-    const Window shown = overlapOf(header.data, header.display);
-    for (int channel = 0; channel < 3; ++channel) {
-        for (int y = 0; y < shown.height; ++y) {
-            float* row = picture.row(channel, shown.y - header.display.y + y) + (shown.x - header.display.x);
-            curve.toLinear(row, row, static_cast<std::size_t>(shown.width), 1);
-        }
-    }
-}
-
 ExrScanlines::ChannelNames channelNames(const OIIO::ImageSpec& spec, const ChannelLayout& layout) {
     const auto name = [&spec](int channel) {
         return channel < 0 ? std::string() : spec.channelnames[static_cast<std::size_t>(channel)];
@@ -169,12 +148,14 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
     const PictureHeader header = headerOf(spec);
     const ChannelLayout layout = findChannels(spec.channelnames);
     const LUT& stated = *(curve ? curve : LUT::find(header.curve));
-    prepare(header, picture);
+    prepareFor(header, picture);
 
-    if (orientationOf(spec) == upright && std::strcmp(input->format_name(), "openexr") == 0 &&
-        scanlines.read(path, channelNames(spec, layout), header.display, picture)) {
-        linearise(header, stated, picture);
-        return header;
+    if (orientationOf(spec) == upright && std::strcmp(input->format_name(), "openexr") == 0) {
+        const ExrFile file(path);
+        if (file.isOpen() && scanlines.read(file, channelNames(spec, layout), header.display, picture)) {
+            linearise(header, stated, picture);
+            return header;
+        }
     }
     readThroughLibrary(path, *input, layout, stated, header, picture);
     return header;

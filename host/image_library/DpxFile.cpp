@@ -1,4 +1,4 @@
-#include "host/images/DpxFile.h"
+#include "host/image_library/DpxFile.h"
 
 #include <array>
 #include <cstdint>

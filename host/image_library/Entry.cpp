@@ -1,0 +1,35 @@
+#include <OpenImageIO/imageio.h>
+
+#include "host/image_library/LibraryReader.h"
+#include "host/image_library/LibraryWriter.h"
+#include "host/images/ImageLibrary.h"
+
+namespace Corvel {
+namespace {
+
+class OpenImageLibrary : public ImageLibrary {
+public:
+    std::unique_ptr<ImageReader> createReader() const override { return std::make_unique<LibraryReader>(); }
+
+    std::string readableFormats() const override {
+        std::string names;
+        for (const char character : OIIO::get_string_attribute("input_format_list")) {
+            names += character;
+            names += character == ',' ? " " : "";
+        }
+        return names;
+    }
+
+    void writeImage(const std::string& path, const Picture& picture,
+                    const PictureHeader& header) const override {
+        writeThroughLibrary(path, picture, header);
+    }
+};
+
+}  // namespace
+}  // namespace Corvel
+
+extern "C" __attribute__((visibility("default"))) const Corvel::ImageLibrary* corvelImageLibrary() {
+    static const Corvel::OpenImageLibrary library;
+    return &library;
+}

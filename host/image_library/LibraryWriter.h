@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "host/images/Picture.h"
+#include "host/images/PictureHeader.h"
+
+namespace Corvel {
+
+/// What writeImage (host/images/ImageWriter.h) promises, by means of the image library.
+void writeThroughLibrary(const std::string& path, const Picture& picture, const PictureHeader& header);
+
+}  // namespace Corvel
