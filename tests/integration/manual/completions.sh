@@ -50,13 +50,13 @@ inZsh() {
 }
 cat >complete.zsh <<'END'
 zmodload zsh/zpty
-zpty shell zsh -f -i
+zpty shell zsh -f -i || exit
 zpty -w shell "PS1=; fpath=(\$FOLDER \$fpath); autoload -U compinit; compinit -D -u"
 zpty -w shell 'show() { BUFFER="print -r -- \"<$BUFFER>\""; zle accept-line }; zle -N show'
 zpty -w shell 'bindkey "^I" complete-word; bindkey "^X" show; print ready-$((1 + 1))'
-until [[ $output == ready-2* ]]; do zpty -r shell output; done
+until [[ $output == ready-2* ]]; do zpty -r shell output || exit; done
 zpty -n -w shell "$LINE"$'\t\x18'
-until [[ $output == *"<corvel"*">"* && $output != *"print -r"* ]]; do zpty -r shell output; done
+until [[ $output == *"<corvel"*">"* && $output != *"print -r"* ]]; do zpty -r shell output || exit; done
 print -r -- "${${output##*<}%%>*}"
 END
 
