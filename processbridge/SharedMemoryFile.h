@@ -32,7 +32,9 @@ public:
     bool resize(std::uint64_t length);
 
     /// Maps the whole file, following growth by the other side; an empty new file becomes 1 byte long. Leaves
-    /// a mapping of the right length alone. False when there is no mapping.
+    /// a mapping of the right length alone. Where this object has opened the file before, blocks are had for
+    /// all of it, as in `resize`; a file that is opened here keeps the blocks that it has, since whoever grew
+    /// it has allocated them. False when there is no mapping.
     bool map();
 
     /// Start of the mapping; null when not mapped.

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 
 #include "processbridge/ResourceNames.h"
 
@@ -15,7 +16,7 @@ constexpr std::size_t bridgeNameLength = 32;
 constexpr std::size_t longestSemaphoreName = 30;
 
 bool isHexadecimal(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'a' && character <= 'f');
+    return std::isxdigit(static_cast<unsigned char>(character)) != 0;
 }
 
 }  // namespace

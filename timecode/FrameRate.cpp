@@ -33,14 +33,14 @@ bool is(std::uint32_t numerator, std::uint32_t denominator, std::uint32_t wanted
 }  // namespace
 
 FrameRate::FrameRate(std::uint32_t nominalRate, bool flag)
-    : word((nominalRate & ~flagBit) | (flag ? flagBit : 0)) {}
+    : frameRateCode((nominalRate & ~flagBit) | (flag ? flagBit : 0)) {}
 
 std::uint32_t FrameRate::nominalRate() const {
-    return word & ~flagBit;
+    return frameRateCode & ~flagBit;
 }
 
 bool FrameRate::hasFlag() const {
-    return (word & flagBit) != 0;
+    return (frameRateCode & flagBit) != 0;
 }
 
 float FrameRate::toFloat() const {

@@ -14,7 +14,7 @@ struct Ratio {
 /// the flag that says that the true rate is 1000/1001 of it (24 with the flag is 23.976, 30 is 29.97).
 class FrameRate {
 public:
-    FrameRate() = default;  ///< the word 0
+    FrameRate() = default;  ///< the code 0
     FrameRate(std::uint32_t nominalRate, bool flag);
 
     std::uint32_t nominalRate() const;
@@ -32,7 +32,7 @@ public:
     /// "30000/1001" with the flag, "25/1" without.
     std::string ratioText() const;
 
-    std::uint32_t word = 0;
+    std::uint32_t frameRateCode = 0;
 };
 
 /// Judged by hundredths of a frame a second: 59.94, 29.97, 23.97 and 23.98 get the flag, everything else is

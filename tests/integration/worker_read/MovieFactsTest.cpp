@@ -125,7 +125,7 @@ TEST_F(MovieFactsTest, KnowsTheTimeCodesThatTheWriterWrites) {
             ASSERT_EQ(writer.openFile(path("a.mov"), 1), 0);
             ASSERT_EQ(writer.addFrame(1, reinterpret_cast<const char*>(pixels.data()), false), 0);
             writer.finishVideo();
-            ASSERT_EQ(Timecode::toFrameRateCode(kind.rate).word, kind.counted.word);
+            ASSERT_EQ(Timecode::toFrameRateCode(kind.rate).frameRateCode, kind.counted.frameRateCode);
             writer.addTimecodeTrack(kind.counted,
                                     parseTimecode(kind.start, kind.counted, Timecode::Mode::NonDrop), "REEL");
             ASSERT_EQ(writer.closeFile(true), 0);

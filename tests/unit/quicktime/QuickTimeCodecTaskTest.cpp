@@ -96,7 +96,7 @@ TEST(QuickTimeCodecWriteTask, HoldsTheIndexOfSetCodec) {
 TEST(QuickTimeCodecWriteTask, HoldsRateStartAndReelOfAddTimecodeTrack) {
     const QuickTimeCodecWriteTask sut("W0000000c:29.97:108000:reel1");
 
-    EXPECT_EQ(sut.timecodeRate.word, 0x80000000u | 30u);
+    EXPECT_EQ(sut.timecodeRate.frameRateCode, 0x80000000u | 30u);
     EXPECT_EQ(sut.timecodeStartFrame, 108000);
     EXPECT_EQ(sut.reelName, "reel1");
 }
@@ -139,7 +139,7 @@ TEST(QuickTimeCodecWriteTask, ZeroesWhatItsOpcodeDoesNotFill) {
     EXPECT_EQ(sut.audioOffset + sut.framesPerSecond, 0.0f);
     EXPECT_EQ(sut.sampleFormatC, 0u);
     EXPECT_EQ(sut.samplePosition | sut.sampleCount | sut.timecodeStartFrame, 0);
-    EXPECT_EQ(sut.timecodeRate.word, 0u);
+    EXPECT_EQ(sut.timecodeRate.frameRateCode, 0u);
     EXPECT_EQ(sut.fileName + sut.audioFileName + sut.reelName, "");
 }
 

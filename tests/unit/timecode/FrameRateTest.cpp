@@ -12,11 +12,11 @@ using namespace Morvane::Timecode;
 constexpr std::uint32_t flag = 0x80000000u;
 
 std::uint32_t wordOf(float framesPerSecond) {
-    return toFrameRateCode(framesPerSecond).word;
+    return toFrameRateCode(framesPerSecond).frameRateCode;
 }
 
 std::uint32_t wordOfRatio(std::uint32_t numerator, std::uint32_t denominator) {
-    return frameRateFromRatio(numerator, denominator).word;
+    return frameRateFromRatio(numerator, denominator).frameRateCode;
 }
 
 std::string ratioOf(std::uint32_t nominal, bool flagged) {
@@ -25,16 +25,16 @@ std::string ratioOf(std::uint32_t nominal, bool flagged) {
 }
 
 TEST(FrameRate, IsTheWordZeroByDefault) {
-    EXPECT_EQ(FrameRate().word, 0u);
+    EXPECT_EQ(FrameRate().frameRateCode, 0u);
 }
 
 TEST(FrameRate, PacksTheRateInto31BitsAndTheFlagIntoTheLast) {
     const FrameRate sut(24, true);
 
-    EXPECT_EQ(sut.word, flag | 24u);
+    EXPECT_EQ(sut.frameRateCode, flag | 24u);
     EXPECT_EQ(sut.nominalRate(), 24u);
     EXPECT_TRUE(sut.hasFlag());
-    EXPECT_EQ(FrameRate(flag | 25u, false).word, 25u);
+    EXPECT_EQ(FrameRate(flag | 25u, false).frameRateCode, 25u);
 }
 
 TEST(ToFrameRateCode, FlagsFourValuesInHundredths) {
@@ -103,7 +103,7 @@ TEST(FrameRate, IsAThousandth1001PartAsFloat) {
 TEST(FrameRate, SurvivesTheTripAsFramesASecond) {
     for (const FrameRate rate :
          {FrameRate(24, true), FrameRate(30, true), FrameRate(60, true), FrameRate(25, false)}) {
-        EXPECT_EQ(wordOf(rate.toFloat()), rate.word);
+        EXPECT_EQ(wordOf(rate.toFloat()), rate.frameRateCode);
     }
     // Deliberate: 47.952 is not among the values that are recognised.
     EXPECT_EQ(wordOf(FrameRate(48, true).toFloat()), 47u);
