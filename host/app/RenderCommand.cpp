@@ -7,6 +7,7 @@
 
 #include "host/app/Command.h"
 #include "host/app/KnobOptions.h"
+#include "host/app/SoundCheck.h"
 #include "host/app/StartUp.h"
 #include "host/images/FrameRange.h"
 #include "host/presets/PresetStore.h"
@@ -223,6 +224,7 @@ Exit RenderCommand::run(Session& session) {
         request.knobs = onTopOf(presetStore(Bundle().contents()).load(preset), request.knobs);
     }
     checkKnobFiles(request.knobs);
+    checkSounds(request.knobs, Bundle().contents() + "/Resources/corvel-movie");
     startUp();
     return render(request, *session.reporter);
 }

@@ -8,4 +8,8 @@ namespace Morvane::Worker {
 /// it kept. Throws StatusError.
 void recoverCommand(const std::string& path);
 
+/// `corvel-movie sound FILE`: says on standard output which sound of that file `addAudioFile` would take.
+/// Throws StatusError where there is none.
+void soundCommand(const std::string& path);
+
 }  // namespace Morvane::Worker
