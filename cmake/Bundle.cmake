@@ -5,6 +5,13 @@ set(CORVEL_CONTENTS ${CMAKE_BINARY_DIR}/Corvel.app/Contents)
 set(CORVEL_HELPER_FOLDER ${CORVEL_CONTENTS}/Resources/CorvelQuickTimeHelper-32.app)
 set(CORVEL_INSTALLED_CONTENTS lib/corvel/Corvel.app/Contents)
 
+# What a run path calls the folder of the file that has it.
+if(APPLE)
+  set(CORVEL_ORIGIN "@loader_path")
+else()
+  set(CORVEL_ORIGIN "$ORIGIN")
+endif()
+
 # Writes CONTENTS/Info.plist for the bundle NAME with the given identifier and executable.
 function(corvel_info_plist contents name identifier executable package_type)
   set(BUNDLE_NAME ${name})

@@ -18,13 +18,15 @@ set_target_properties(OpenImageIO::OpenImageIO PROPERTIES INTERFACE_INCLUDE_DIRE
 
 pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
 pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
-pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
 pkg_check_modules(openexr REQUIRED IMPORTED_TARGET OpenEXR)
 pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(sdl2 REQUIRED sdl2)  # for its headers: the library is loaded when wanted
 find_package(Qt6 REQUIRED COMPONENTS Widgets)  # only programs with windows link it, and the rest does not load it
 pkg_check_modules(hwy REQUIRED IMPORTED_TARGET libhwy)
-if(NOT APPLE)
+if(APPLE)
+  add_library(PkgConfig::uuid INTERFACE IMPORTED)  # the C library has it
+else()
+  pkg_check_modules(uuid REQUIRED IMPORTED_TARGET uuid)
   pkg_check_modules(plist REQUIRED IMPORTED_TARGET libplist-2.0)
   pkg_check_modules(seccomp REQUIRED IMPORTED_TARGET libseccomp)
 endif()

@@ -25,7 +25,7 @@ with sound, time code and reel name, and movies to image sequences.")
 set(CPACK_DEBIAN_CORVEL-DEV_PACKAGE_NAME corvel-dev)
 set(CPACK_DEBIAN_CORVEL-DEV_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_CORVEL-DEV_PACKAGE_DEPENDS
-  "corvel (= ${PROJECT_VERSION}), libboost-dev, libplist-dev, uuid-dev")
+  "corvel (= ${PROJECT_VERSION}), libboost-dev, libplist-dev, libseccomp-dev, uuid-dev")
 set(CPACK_COMPONENT_CORVEL-DEV_DESCRIPTION
   "Headers and libraries for those who write a plug-in for Corvel,
 or a worker program that speaks its protocol.")

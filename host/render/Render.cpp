@@ -17,6 +17,7 @@
 #include "host/render/NodeHost.h"
 #include "host/render/NodeSettings.h"
 #include "host/render/OutputGuard.h"
+#include "host/render/OutputPath.h"
 #include "host/render/RateMeter.h"
 #include "host/render/ReadAhead.h"
 #include "host/render/RenderImages.h"
@@ -179,7 +180,9 @@ void RenderRun::tell(int frame, double fraction, bool frameDone) {
 
 }  // namespace
 
-Exit render(const RenderRequest& request, Reporter& reporter) {
+Exit render(const RenderRequest& asked, Reporter& reporter) {
+    RenderRequest request = asked;
+    request.output = outputBehindLinks(asked.output);
     const bool fromMovie = isMovieName(request.input);
     std::unique_ptr<HelperSession> helpers;
     if (fromMovie) {
