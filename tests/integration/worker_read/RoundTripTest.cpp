@@ -100,7 +100,7 @@ protected:
         std::vector<Pixels> pictures;
         for (int frame = 1; frame < frameCount; ++frame)
             pictures.push_back(
-                Worker::Trial::naturalPicture(request.width, request.height, frame, request.hasAlpha));
+                Worker::naturalPicture(request.width, request.height, frame, request.hasAlpha));
         pictures.push_back(Worker::Trial::colourBars(request.width, request.height));
         return pictures;
     }
