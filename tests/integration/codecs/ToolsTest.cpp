@@ -7,7 +7,9 @@ extern "C" {
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <cstring>
+#include <tuple>
 
 namespace Morvane::Worker::Trial {
 namespace {
@@ -134,6 +136,52 @@ INSTANTIATE_TEST_SUITE_P(Movies, StatedMatrix,
                                          Bars{"hvc1", "colour=hlg"}, Bars{"hvc1", "bitdepth=10:range=pc"},
                                          Bars{"mp4v", ""}, Bars{"2vuy", "colour=bt601"}, Bars{"AVdh", ""},
                                          Bars{"CFHD", "bitdepth=10"}));
+
+class ColourPreset : public testing::TestWithParam<std::tuple<const char*, const char*>> {};
+
+/// No preset may shift what is seen: two programs that are not ours get the bars' colours back. Neither
+/// converts between primaries or transfers here, so only matrix and range can go wrong. (Of uncompressed
+/// pictures GStreamer guesses the matrix from their height, whatever the movie says.)
+TEST_P(ColourPreset, GivesTheColoursBackInEveryReader) {
+    const auto& [type, preset] = GetParam();
+    const TestFolder folder;
+    EncodingRequest request;
+    request.settings = Settings::parse(std::string("colour=") + preset, *findCodec(type));
+    request.width = 256;
+    request.height = 144;
+    const Pixels bars = colourBars(request.width, request.height);
+    writeMovie(encode(planEncoding(request), {bars}), folder.file("a.mov"));
+
+    const std::string byFfmpeg =
+        outputOf("ffmpeg -v error -i '" + folder.file("a.mov") +
+                 "' -vf zscale=matrix=gbr:range=full,format=gbrp -f rawvideo -pix_fmt rgb24 -");
+    outputOf("gst-launch-1.0 -q filesrc location='" + folder.file("a.mov") +
+             "' ! decodebin ! videoconvert ! video/x-raw,format=RGB ! filesink location='" +
+             folder.file("a.rgb") + "'");
+    const std::string byGstreamer = outputOf("cat '" + folder.file("a.rgb") + "'");
+
+    for (const auto& [reader, rgb] : {std::pair("ffmpeg", byFfmpeg), std::pair("GStreamer", byGstreamer)}) {
+        ASSERT_EQ(rgb.size(), 3U * 256 * 144);
+        for (int bar = 0; bar < 8; ++bar)
+            for (int channel = 0; channel < 3; ++channel) {
+                const int pixel = 72 * 256 + 32 * bar + 16;
+                EXPECT_NEAR(static_cast<std::uint8_t>(rgb[3 * pixel + channel]) / 255.0,
+                            bars[4 * pixel + channel], 0.025)
+                    << reader << " bar " << bar << " channel " << channel;
+            }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Movies, ColourPreset,
+                         testing::Combine(testing::Values("apch", "ap4h", "avc1"),
+                                          testing::Values("bt709", "srgb", "bt601", "p3-d65", "bt2020", "pq",
+                                                          "hlg")),
+                         [](const auto& preset) {
+                             std::string name =
+                                 std::string(std::get<0>(preset.param)) + "_" + std::get<1>(preset.param);
+                             std::replace(name.begin(), name.end(), '-', '_');
+                             return name;
+                         });
 
 TEST(FieldOrder, IsStatedInTheMovie) {
     const TestFolder folder;
