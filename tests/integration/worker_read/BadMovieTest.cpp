@@ -224,15 +224,19 @@ TEST_F(BadMovieTest, ReadsTheSmallestPicture) {
     }
 }
 
-TEST_F(BadMovieTest, ReadsAWidePicture) {
-    runFfmpeg({"-f", "lavfi", "-i", "color=blue:size=8192x64:rate=25,format=yuv420p", "-frames:v", "1",
-               "-c:v", "mjpeg", path("wide.mov")});
-    open(path("wide.mov"));
+TEST_F(BadMovieTest, ReadsALargePicture) {
+    runFfmpeg({"-f", "lavfi", "-i", "color=blue:size=8192x4320:rate=25,format=yuv420p", "-frames:v", "1",
+               "-c:v", "mjpeg", path("large.mov")});
+    open(path("large.mov"));
 
     const std::vector<float> frame = read(0);
 
-    ASSERT_EQ(frame.size(), 8192u * 64 * 4);
-    EXPECT_NEAR(frame[frame.size() - 2], 1, 0.03f);
+    ASSERT_EQ(frame.size(), 8192u * 4320 * 4);
+    for (const std::size_t pixel : {std::size_t{0}, std::size_t{8192 * 2160 + 4096}, frame.size() / 4 - 1}) {
+        EXPECT_NEAR(frame[4 * pixel], 0, 0.03f);
+        EXPECT_NEAR(frame[4 * pixel + 2], 1, 0.03f);
+        EXPECT_EQ(frame[4 * pixel + 3], 1.0f);
+    }
 }
 
 }  // namespace
