@@ -33,8 +33,8 @@ public:
     void cancel() noexcept;
 
 private:
-    int watched;  ///< descriptor that tells of the death
-    int wakeUp;   ///< descriptor that tells of `cancel`
+    int watched;                  ///< descriptor that tells of the death
+    [[maybe_unused]] int wakeUp;  ///< descriptor that tells of `cancel`; not every system needs it
 };
 
 /// How a process ended.
