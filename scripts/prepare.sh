@@ -14,7 +14,7 @@ logFolder=$root/build/logs
 bundleSources=(CMakeLists.txt CMakePresets.json cmake desktop filesystem host platform processbridge property quicktime
     timecode worker writer)
 # shellcheck disable=SC2034
-bundleTargets=(host/sdk/all writer/all worker/all host/app/all)
+bundleTargets=(host/sdk/all writer/all worker/all host/app/all host/panel/all)
 
 say() { printf '%s: %s\n' "$program" "$*" >&2; }
 

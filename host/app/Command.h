@@ -41,6 +41,8 @@ std::unique_ptr<Command> infoCommand();
 std::unique_ptr<Command> devicesCommand();
 std::unique_ptr<Command> playCommand();
 std::unique_ptr<Command> doctorCommand();
+std::unique_ptr<Command> panelCommand();
+std::unique_ptr<Command> nodeCommand();
 std::unique_ptr<Command> recoverCommand();
 std::unique_ptr<Command> conformanceCommand();
 

@@ -5,6 +5,7 @@ namespace Corvel {
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(renderCommand());
+    commands.push_back(panelCommand());
     commands.push_back(codecsCommand());
     commands.push_back(knobsCommand());
     commands.push_back(presetsCommand());
@@ -14,6 +15,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(doctorCommand());
     commands.push_back(recoverCommand());
     commands.push_back(conformanceCommand());
+    commands.push_back(nodeCommand());
     return commands;
 }
 

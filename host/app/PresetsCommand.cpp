@@ -4,6 +4,7 @@
 
 #include "host/app/Command.h"
 #include "host/app/KnobOptions.h"
+#include "host/app/NodeConversation.h"
 #include "host/app/StartUp.h"
 #include "host/presets/PresetStore.h"
 #include "host/render/KnobValue.h"
@@ -80,14 +81,7 @@ Exit PresetsCommand::run(Session& session) {
 void PresetsCommand::list(const PresetStore& store) const {
     Json document = Json::array();
     for (const Preset& one : store.list()) {
-        Json knobs = Json::object();
-        for (const KnobSetting& setting : one.knobs) {
-            knobs[setting.knob] = setting.text;
-        }
-        document.push_back({{"name", one.name},
-                            {"description", one.description},
-                            {"shipped", one.shipped},
-                            {"knobs", knobs}});
+        document.push_back(presetEntry(one));
         if (!json) {
             fmt::print("{:<16}{}\n", one.name, one.description);
         }

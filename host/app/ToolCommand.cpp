@@ -13,8 +13,8 @@ namespace Corvel {
 namespace {
 
 // A command that is a program beside the helper, since it works on what the host itself does not touch: movie
-// files and the bridge's bare protocol. The program takes this process's place, and so its exit code is the
-// command's.
+// files, windows and the bridge's bare protocol. The program takes this process's place, and so its exit code
+// is the command's.
 class ToolCommand : public Command {
 public:
     struct Tool {
@@ -25,6 +25,7 @@ public:
         const char* operand;
         const char* operandHelp;
         const char* footer;
+        bool operandRequired = true;
     };
 
     explicit ToolCommand(Tool wanted) : tool(std::move(wanted)) {}
@@ -33,7 +34,9 @@ public:
     std::string summary() const override { return tool.summary; }
 
     void declare(CLI::App& app) override {
-        app.add_option(tool.operand, operand, tool.operandHelp)->required()->type_name("");
+        app.add_option(tool.operand, operand, tool.operandHelp)
+            ->required(tool.operandRequired)
+            ->type_name("");
         app.footer(tool.footer);
     }
 
@@ -41,7 +44,9 @@ public:
         const std::string program = Bundle().contents() + "/Resources/" + tool.program;
         std::vector<const char*> arguments{program.c_str()};
         arguments.insert(arguments.end(), tool.arguments.begin(), tool.arguments.end());
-        arguments.push_back(operand.c_str());
+        if (!operand.empty()) {
+            arguments.push_back(operand.c_str());
+        }
         arguments.push_back(nullptr);
         execv(program.c_str(), const_cast<char* const*>(arguments.data()));
         throw Failure(Exit::HelperFailed, fmt::format("cannot start {}: {}", program, std::strerror(errno)));
@@ -66,6 +71,23 @@ std::unique_ptr<Command> recoverCommand() {
                   "says which.\n"
                   "\n"
                   "Exit codes: 0 the movie is whole, 1 it could not be recovered.",
+    });
+}
+
+std::unique_ptr<Command> panelCommand() {
+    return std::make_unique<ToolCommand>(ToolCommand::Tool{
+        .command = "panel",
+        .summary = "Show the Write node's panel in a window",
+        .program = "corvel-panel",
+        .arguments = {},
+        .operand = "INPUT",
+        .operandHelp = "Image sequence, still or movie, as `corvel render` takes it",
+        .footer = "The panel shows every knob of the node and the frame as it will be encoded, and renders. "
+                  "It remembers its\n"
+                  "settings in $XDG_CONFIG_HOME/corvel (else ~/.config/corvel).\n"
+                  "\n"
+                  "Exit codes: 0 closed, 2 there is no display.",
+        .operandRequired = false,
     });
 }
 

@@ -142,7 +142,7 @@ void HelperSession::lookForGivingUp() {
     const int needed = stall.reported() ? 2 : 3;
     lock.unlock();
     if (interrupts_.count() >= needed) {
-        abandon(Exit::Interrupted, "given up");
+        giveUp("given up");
     }
 }
 
@@ -177,6 +177,10 @@ void HelperSession::lookForUnwillingHelper() {
         spdlog::warn("the QuickTime helper does not end; it is killed");
         killHelpers();
     }
+}
+
+void HelperSession::giveUp(const std::string& sentence) {
+    abandon(Exit::Interrupted, sentence);
 }
 
 void HelperSession::abandon(Exit code, const std::string& sentence) {

@@ -59,6 +59,8 @@ public:
     void setTimeout(std::optional<std::chrono::seconds> timeout);
     /// The file that the movie is written to for now. Any thread.
     void setPartialFile(const std::string& path);
+    /// Ends the process at once, with exit code 130, as a third request to stop does. Any thread.
+    [[noreturn]] void giveUp(const std::string& sentence);
     void expectEnd() override;
 
     const Interrupts& interrupts() const { return interrupts_; }

@@ -80,9 +80,9 @@ void checkRate(const Write& node) {
     }
 }
 
-void applyInputRate(Write& node, const RenderRequest& request, const RenderPlan& plan) {
-    const auto rate = plan.metadata.find(rateKey);
-    if (rate == plan.metadata.end() || node.knob(rateKnob) == nullptr || isGiven(request, rateKnob)) {
+void applyRate(Write& node, const Metadata& metadata) {
+    const auto rate = metadata.find(rateKey);
+    if (rate == metadata.end() || node.knob(rateKnob) == nullptr) {
         return;
     }
     if (!isRate(std::strtod(rate->second.c_str(), nullptr))) {
@@ -172,9 +172,18 @@ void applyKnobs(Write& node, const std::vector<KnobSetting>& settings) {
     applyThose(node, settings, isSettings);
 }
 
+void takeFromInput(Write& node, const Metadata& metadata, bool isMovie) {
+    applyRate(node, metadata);
+    if (isMovie && metadata.count(timecodeKey) != 0) {
+        applyKnob(node, writeTimecodeKnob, "on");
+    }
+}
+
 void applySettings(Write& node, PictureNode& picture, const RenderRequest& request, RenderPlan& plan) {
     applyBeforeSettings(node, request.knobs);
-    applyInputRate(node, request, plan);
+    if (!isGiven(request, rateKnob)) {
+        applyRate(node, plan.metadata);
+    }
     applyThose(node, request.knobs, isSettings);
     const bool carried = plan.carriesTimecode && !isGiven(request, writeTimecodeKnob);
     if (!request.timecode.empty() || carried) {

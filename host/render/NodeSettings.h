@@ -36,6 +36,10 @@ void applySettings(Kex::Image::Write& node, PictureNode& picture, const RenderRe
 /// as it was given; the settings. Throws BadKnobValue; the knobs before that one are turned then.
 void applyKnobs(Kex::Image::Write& node, const std::vector<KnobSetting>& settings);
 
+/// Turns the knobs that an input decides where nobody else does, as a render would: the frame rate, and the
+/// time code's switch for a movie that has one.
+void takeFromInput(Kex::Image::Write& node, const Metadata& metadata, bool isMovie);
+
 /// A pixel aspect as a fraction of small numbers, such as "12/11".
 std::string aspectFraction(double aspect);
 

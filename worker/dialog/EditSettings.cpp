@@ -1,11 +1,10 @@
-#include <dlfcn.h>
-
 #include <QApplication>
 #include <clocale>
 #include <cstdlib>
 #include <string>
 
 #include "desktop/Appearance.h"
+#include "desktop/DisplayServer.h"
 #include "worker/dialog/DialogInterface.h"
 #include "worker/dialog/SettingsWindow.h"
 
@@ -25,22 +24,6 @@ public:
 private:
     const std::string name;
 };
-
-/// Asks the display server whether it is there: the windows' library ends the process where it is not.
-bool displayAnswers() {
-    void* library = dlopen("libxcb.so.1", RTLD_NOW | RTLD_LOCAL);
-    if (!library)
-        return false;
-    const auto connect = reinterpret_cast<void* (*)(const char*, int*)>(dlsym(library, "xcb_connect"));
-    const auto failure = reinterpret_cast<int (*)(void*)>(dlsym(library, "xcb_connection_has_error"));
-    const auto disconnect = reinterpret_cast<void (*)(void*)>(dlsym(library, "xcb_disconnect"));
-    if (!connect || !failure || !disconnect)
-        return false;
-    void* connection = connect(nullptr, nullptr);
-    const bool answers = failure(connection) == 0;
-    disconnect(connection);
-    return answers;
-}
 
 DialogOutcome runDialog(DialogState& state, const DialogModel& model) {
     const KeptLocale kept;
@@ -65,5 +48,5 @@ DialogOutcome runDialog(DialogState& state, const DialogModel& model) {
 extern "C" __attribute__((visibility("default"))) Morvane::Worker::DialogOutcome corvelEditSettings(
     Morvane::Worker::DialogState& state, const Morvane::Worker::DialogModel& model) {
     using namespace Morvane::Worker;
-    return displayAnswers() ? runDialog(state, model) : DialogOutcome::NoDisplay;
+    return Morvane::Desktop::displayAnswers() ? runDialog(state, model) : DialogOutcome::NoDisplay;
 }

@@ -1,0 +1,296 @@
+#include "host/panel/PanelWindow.h"
+
+#include <QComboBox>
+#include <QFileInfo>
+#include <QInputDialog>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QLineEdit>
+#include <QLocale>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QSignalBlocker>
+#include <QSlider>
+#include <QSpinBox>
+#include <QSplitter>
+
+namespace Corvel::Panel {
+
+namespace {
+
+/// Of the labels and buttons that are always there.
+constexpr const char* lettersInUse = "iomevdsrnl";
+constexpr QSize firstSize(1080, 680);
+
+QSettings settings() {
+    return {QSettings::IniFormat, QSettings::UserScope, "corvel", "panel"};
+}
+
+// "shots/a.####.exr" becomes "shots/a.mov".
+QString outputFor(const QString& input) {
+    const QFileInfo file(input);
+    return file.path() + "/" + file.fileName().section('.', 0, 0) + ".mov";
+}
+
+QString timeText(double seconds) {
+    const int whole = static_cast<int>(seconds + 0.5);
+    return QString("%1:%2").arg(whole / 60).arg(whole % 60, 2, 10, QChar('0'));
+}
+
+QString sizeText(double bytes) {
+    return QLocale::c().formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat);
+}
+
+// What is null or empty is left out.
+QString listed(const QJsonObject& object, const QStringList& keys) {
+    QStringList parts;
+    for (const QString& key : keys) {
+        const QString text = object[key].toVariant().toString();
+        if (!text.isEmpty()) {
+            parts << key + " " + text;
+        }
+    }
+    return parts.join(", ");
+}
+
+QString pictureText(const QJsonObject& object) {
+    return QString("%1 × %2 pixels, %3 bits")
+        .arg(object["width"].toInt())
+        .arg(object["height"].toInt())
+        .arg(object["bits"].toInt());
+}
+
+}  // namespace
+
+PanelWindow::PanelWindow(const QString& wanted)
+    : letters(lettersInUse),
+      node({.state = [this](const QJsonObject& state) { showState(state); },
+            .message = [this](const Message& message) { tell(message); },
+            .died =
+                [this] {
+                    tell({"error", "the node has ended; a change starts a new one"});
+                    dialogOpen = false;
+                    left->setEnabled(true);
+                    showBusiness("the node has ended");
+                }},
+           nullptr),
+      rendering({.progress = [this](const QJsonObject& event) { showProgress(event); },
+                 .message = [this](const Message& message) { tell(message); },
+                 .end = [this](int exit, const QString& movie) { finishRender(exit, movie); }},
+                nullptr),
+      preview(
+          [this](const QImage& image, const QString& failure) {
+              picture->show(image, input["pixel_aspect"].toDouble(1));
+              picture->say(failure);
+          },
+          nullptr) {
+    makeWindow();
+    resize(firstSize);
+    const QSettings remembered = settings();
+    restoreGeometry(remembered.value("geometry").toByteArray());
+    splitter->restoreState(remembered.value("splitter").toByteArray());
+    outputLine->setText(wanted.isEmpty() ? remembered.value("output").toString() : "");
+    inputLine->setText(wanted.isEmpty() ? remembered.value("input").toString() : wanted);
+    connect(inputLine, &QLineEdit::editingFinished, this, [this] {
+        if (inputLine->isModified()) {
+            inputLine->setModified(false);
+            openInput();
+        }
+    });
+    openInput();
+}
+
+PanelWindow::~PanelWindow() {
+    QSettings remembered = settings();
+    remembered.setValue("geometry", saveGeometry());
+    remembered.setValue("splitter", splitter->saveState());
+    remember();
+}
+
+void PanelWindow::openInput() {
+    QJsonObject knobs = form->values();
+    if (knobs.isEmpty()) {
+        knobs = QJsonDocument::fromJson(settings().value("knobs").toByteArray()).object();
+    }
+    showBusiness("opening");
+    picture->say(inputLine->text().isEmpty() ? "" : "…");
+    node.start(inputLine->text(), knobs);
+}
+
+void PanelWindow::showState(const QJsonObject& state) {
+    if (const QString error = state["error"].toString(); !error.isEmpty()) {
+        tell({"error", error});
+    }
+    dialogOpen = false;
+    left->setEnabled(true);
+    form->show(state["knobs"].toArray());
+    showPresets(state["presets"].toArray());
+    showInput(state["input"].toObject());
+    remember();
+    wantPreview();
+    if (!rendering.isRunning()) {
+        showBusiness(input.isEmpty() ? "no input" : QFileInfo(inputLine->text()).fileName());
+    }
+}
+
+void PanelWindow::showInput(const QJsonObject& newInput) {
+    const bool other = newInput["path"] != input["path"];
+    input = newInput;
+    renderButton->setEnabled(!input.isEmpty() && !rendering.isRunning());
+    if (!other) {
+        return;
+    }
+    const QSignalBlocker quietBox(frameBox);
+    const QSignalBlocker quietSlider(frameSlider);
+    for (const int both : {0, 1}) {
+        const int first = input["first"].toInt();
+        const int last = input["last"].toInt();
+        both == 0 ? frameBox->setRange(first, last) : frameSlider->setRange(first, last);
+    }
+    frameBox->setValue(input["first"].toInt());
+    frameSlider->setValue(input["first"].toInt());
+    framesLine->setPlaceholderText(input.isEmpty() ? "all" : "all: " + input["frames"].toString());
+    facts->setText(input.isEmpty() ? ""
+                                   : pictureText(input) + (input["alpha"].toBool() ? " with alpha" : "") +
+                                         "\n" + listed(input, {"rate", "timecode", "reel"}));
+    if (outputLine->text().isEmpty() && !input.isEmpty()) {
+        outputLine->setText(outputFor(inputLine->text()));
+    }
+    if (input.isEmpty()) {
+        picture->show({}, 1);
+    }
+}
+
+void PanelWindow::showPresets(const QJsonArray& presets) {
+    const QString current = presetList->currentText();
+    const QSignalBlocker quiet(presetList);
+    presetList->clear();
+    for (const QJsonValue preset : presets) {
+        presetList->addItem(preset["name"].toString(), !preset["shipped"].toBool());
+        presetList->setItemData(presetList->count() - 1, preset["description"].toString(), Qt::ToolTipRole);
+    }
+    presetList->setCurrentIndex(presetList->findText(current));
+    deleteButton->setEnabled(presetList->currentData().toBool());
+}
+
+void PanelWindow::press(const QString& knob) {
+    dialogOpen = true;
+    left->setEnabled(false);
+    showBusiness("settings dialog");
+    node.request({{"do", "press"}, {"knob", knob}});
+}
+
+void PanelWindow::savePreset() {
+    const QString name = QInputDialog::getText(this, "Save preset", "Name:");
+    if (!name.isEmpty()) {
+        node.request({{"do", "save"}, {"name", name}});
+    }
+}
+
+void PanelWindow::deletePreset() {
+    const QString name = presetList->currentText();
+    if (QMessageBox::question(this, "Delete preset", QString("Delete the preset “%1”?").arg(name)) ==
+        QMessageBox::Yes) {
+        presetList->setCurrentIndex(-1);
+        node.request({{"do", "delete"}, {"name", name}});
+    }
+}
+
+void PanelWindow::wantPreview() {
+    if (!input.isEmpty() && !rendering.isRunning()) {
+        const QStringList frame{"--frames", QString::number(frameBox->value())};
+        preview.encode(QStringList{input["path"].toString()} + frame + form->renderOptions());
+    }
+}
+
+bool PanelWindow::mayReplace(const QString& path) {
+    return QMessageBox::question(this, "Replace movie",
+                                 QString("%1 exists already. Replace it?").arg(path)) == QMessageBox::Yes;
+}
+
+void PanelWindow::render() {
+    const QString output = outputLine->text();
+    QStringList arguments{input["path"].toString(), "-o", output};
+    if (QFileInfo::exists(output)) {
+        if (!mayReplace(output)) {
+            return;
+        }
+        arguments << "-y";
+    }
+    if (!framesLine->text().isEmpty()) {
+        arguments << "--frames" << framesLine->text();
+    }
+    messages->clear();
+    progress->setRange(0, 0);
+    renderButton->setEnabled(false);
+    cancelButton->setEnabled(true);
+    showBusiness("rendering");
+    rendering.start(arguments + form->renderOptions());
+}
+
+void PanelWindow::showProgress(const QJsonObject& event) {
+    const int done = event["done"].toInt();
+    const int total = event["total"].toInt();
+    progress->setRange(0, total);
+    progress->setValue(done);
+    QString text = QString("%1 of %2").arg(done).arg(total);
+    if (event["fps"].isDouble()) {
+        text += QString(", %1 frames/s").arg(event["fps"].toDouble(), 0, 'f', 1);
+    }
+    if (event["seconds_left"].isDouble()) {
+        text += ", " + timeText(event["seconds_left"].toDouble()) + " left";
+    }
+    progress->setFormat(text + ", " + sizeText(event["bytes"].toDouble()));
+    showBusiness(QString("rendering %1 %").arg(total > 0 ? 100 * done / total : 0));
+}
+
+void PanelWindow::finishRender(int exit, const QString& movie) {
+    constexpr int interrupted = 130;
+    progress->setRange(0, 1);
+    progress->setValue(exit == 0 ? 1 : 0);
+    progress->setFormat(exit == 0 ? "done" : exit == interrupted ? "interrupted" : "failed");
+    renderButton->setEnabled(!input.isEmpty());
+    cancelButton->setEnabled(false);
+    showBusiness(exit == 0             ? "wrote " + QFileInfo(movie).fileName()
+                 : exit == interrupted ? "interrupted"
+                                       : "the render failed");
+    if (!movie.isEmpty()) {
+        showMovie(movie);
+    }
+}
+
+void PanelWindow::showMovie(const QString& movie) {
+    preview.open(movie);
+    runCorvel(this, {"info", movie, "--json"},
+              [this, movie](bool done, const QByteArray& output, const QString&) {
+                  const QJsonObject info = QJsonDocument::fromJson(output).object();
+                  if (done) {
+                      facts->setText(QFileInfo(movie).fileName() + ": " + info["codec"].toString() + ", " +
+                                     pictureText(info) + ", " + sizeText(QFileInfo(movie).size()) + "\n" +
+                                     listed(info, {"frames", "rate", "timecode", "reel"}));
+                  }
+              });
+}
+
+void PanelWindow::tell(const Message& message) {
+    messages->appendPlainText((message.level == "warning" ? "Warning: " : "") + message.text);
+}
+
+void PanelWindow::showBusiness(const QString& what) {
+    setWindowTitle("Corvel: " + what);
+}
+
+void PanelWindow::remember() {
+    QSettings remembered = settings();
+    remembered.setValue("input", inputLine->text());
+    remembered.setValue("output", outputLine->text());
+    if (const QJsonObject values = form->values(); !values.isEmpty()) {
+        remembered.setValue("knobs", QJsonDocument(values).toJson(QJsonDocument::Compact));
+    }
+}
+
+}  // namespace Corvel::Panel

@@ -1,0 +1,86 @@
+#include "host/panel/Preview.h"
+
+#include <QFile>
+#include <QImageReader>
+#include <chrono>
+#include <utility>
+
+#include "host/panel/CorvelProcess.h"
+
+namespace Corvel::Panel {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// Large enough for any window; a movie of 8K pixels need not stay in memory whole.
+constexpr QSize largest(1920, 1080);
+
+QImage readPicture(const QString& path) {
+    QImageReader reader(path);
+    if (const QSize size = reader.size();
+        size.width() > largest.width() || size.height() > largest.height()) {
+        reader.setScaledSize(size.scaled(largest, Qt::KeepAspectRatio));
+    }
+    return reader.read();
+}
+
+}  // namespace
+
+Preview::Preview(Told listener, QObject* parent) : QObject(parent), told(std::move(listener)) {
+    settled.setSingleShot(true);
+    connect(&settled, &QTimer::timeout, this, [this] { begin(); });
+}
+
+void Preview::encode(const QStringList& arguments) {
+    want({arguments, folder.filePath("frame.mov")});
+}
+
+void Preview::open(const QString& movie) {
+    want({{}, movie});
+}
+
+void Preview::want(const Wish& newWish) {
+    wish = newWish;
+    settled.start(250ms);
+}
+
+void Preview::begin() {
+    if (working || !wish) {
+        return;
+    }
+    working = true;
+    const Wish now = *std::exchange(wish, std::nullopt);
+    if (now.arguments.isEmpty()) {
+        decode(now.movie);
+        return;
+    }
+    const QStringList arguments =
+        QStringList{"render"} + now.arguments + QStringList{"-o", now.movie, "-y", "--progress", "none"};
+    runCorvel(this, arguments, [this, now](bool done, const QByteArray&, const QString& error) {
+        if (done) {
+            decode(now.movie);
+        } else {
+            end({}, error);
+        }
+    });
+}
+
+void Preview::decode(const QString& movie) {
+    const QString path = folder.filePath("frame.png");
+    const QStringList arguments{"render", movie, "-o", path, "-y", "--frames", "1", "--progress", "none"};
+    runCorvel(this, arguments, [this, path](bool done, const QByteArray&, const QString& error) {
+        end(done ? readPicture(path) : QImage(), error);
+    });
+}
+
+void Preview::end(const QImage& picture, const QString& failure) {
+    working = false;
+    if (wish) {
+        begin();
+        return;
+    }
+    told(picture, picture.isNull() ? failure : "");
+}
+
+}  // namespace Corvel::Panel
