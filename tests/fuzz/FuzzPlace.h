@@ -1,0 +1,42 @@
+#pragma once
+
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+
+#include "platform/Confinement.h"
+
+namespace Morvane::Fuzz {
+
+/// A folder for what a target writes, and no other file in reach: whatever path an input names, nothing of
+/// the machine's is touched. What the fuzzer itself writes (CORVEL_FUZZ_CORPUS, else the working folder)
+/// stays writable.
+class FuzzPlace {
+public:
+    FuzzPlace() {
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_ / "processbridge");
+        setenv("CORVEL_TEMP_DIR", folder_.c_str(), 1);
+        const char* corpus = getenv("CORVEL_FUZZ_CORPUS");
+        std::signal(SIGXFSZ, SIG_IGN);
+        Platform::confine({.readable = {"/"},
+                           .writable = {folder_, "/dev/shm", corpus == nullptr ? "." : corpus},
+                           .removable = {},
+                           .memoryBytes = Platform::generousMemoryBytes(),
+                           .fileBytes = std::uint64_t{256} << 20});
+    }
+    ~FuzzPlace() { std::filesystem::remove_all(folder_); }
+    FuzzPlace(const FuzzPlace&) = delete;
+    FuzzPlace& operator=(const FuzzPlace&) = delete;
+
+    const std::filesystem::path& folder() const { return folder_; }
+
+private:
+    const std::filesystem::path folder_ = "/tmp/corvel-fuzz-" + std::to_string(getpid());
+};
+
+}  // namespace Morvane::Fuzz

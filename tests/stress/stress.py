@@ -1,0 +1,119 @@
+"""Runs the trials, and adds their figures up over runs.
+
+Usage: stress.py BUILD-FOLDER [--figures FOLDER] [--trial NAME]… [--hours H | --rounds N]
+
+With --hours it goes on until the time is over or Ctrl-C; the next run goes on from the figures kept in FOLDER, where
+findings are kept too. The trials take turns. The exit code is 1 when something was found, 77 where this system does
+not allow a place of our own.
+"""
+
+import argparse
+import json
+import pathlib
+import shutil
+import sys
+import tempfile
+import time
+
+import fuzzing
+import harness
+import trials
+
+
+class Book:
+    """The figures of all runs: kept after every step, so that nothing is lost whenever a run is stopped."""
+
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self.file = self.folder / "figures.json"
+        self.figures = json.loads(self.file.read_text(encoding="utf-8")) if self.file.exists() else {}
+
+    def of(self, trial):
+        return self.figures.setdefault(trial, {})
+
+    def add(self, trial, figures, seconds):
+        kept = self.of(trial)
+        for name, value in {**figures, "minutes": seconds / 60}.items():
+            kept[name] = max(kept.get(name, 0), value) if name.startswith(("worst", "most")) else kept.get(name, 0) + value
+        new = self.file.with_suffix(".new")
+        new.write_text(json.dumps(self.figures, indent=1, sort_keys=True), encoding="utf-8")
+        new.replace(self.file)
+        (self.folder / "figures.md").write_text(self.table() + "\n", encoding="utf-8")
+
+    def note(self, trial, finding):
+        with open(self.folder / "findings.txt", "a", encoding="utf-8") as log:
+            log.write(f"{time.strftime('%F %T')} {trial}: {finding}\n")
+
+    def table(self):
+        rows = ["| trial | figures |", "|---|---|"]
+        for trial, figures in sorted(self.figures.items()):
+            texts = [f"{name} {round(value, 2):g}" for name, value in sorted(figures.items())]
+            rows.append(f"| {trial} | {', '.join(texts)} |")
+        return "\n".join(rows)
+
+
+def make_trials(scene, build, book, brief):
+    made = {f"kills of {whom}": trials.Kill(scene, whom) for whom in ("worker", "host", "both")}
+    made["full disk"] = trials.FullDisk(scene, book.of("full disk"))
+    made["signals"] = trials.Signals(scene)
+    made["long render"] = trials.LongRender(scene, 10_000 if brief else 100_000)
+    made["controllers"] = trials.Controllers(scene, 20 if brief else 200)
+    if shutil.which("valgrind") and not brief:
+        made["leaks"] = trials.Leaks(scene)
+    threads = build.parent / "tsan"
+    if (threads / "Corvel.app").exists():
+        made["threads"] = trials.Threads(scene, threads)
+    for target in sorted((build.parent / "fuzz/tests/fuzz").glob("fuzz_*")):
+        made[f"fuzz {target.name[5:]}"] = fuzzing.Fuzz(target, book.folder)
+    return made
+
+
+def run_in_turn(chosen, book, over):
+    """One step of each trial in turn until `over`. How many things were found."""
+    found = 0
+    while True:
+        for name, trial in chosen.items():
+            if over():
+                return found
+            began = time.monotonic()
+            try:
+                figures = trial.step()
+            except trials.Finding as finding:
+                print(f"FOUND {name}: {finding}", flush=True)
+                book.note(name, finding)
+                figures = {"findings": 1}
+                found += 1
+            book.add(name, figures, time.monotonic() - began)
+            print(f"{name}: {round(time.monotonic() - began, 1)} s", flush=True)
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("build", type=pathlib.Path)
+    parser.add_argument("--figures", type=pathlib.Path)
+    parser.add_argument("--trial", action="append")
+    parser.add_argument("--hours", type=float)
+    parser.add_argument("--rounds", type=int, default=1)
+    options = parser.parse_args()
+    harness.isolate()
+    folder = tempfile.mkdtemp(prefix="stress-")
+    book = Book(options.figures or pathlib.Path(folder) / "figures")
+    scene = trials.Scene(options.build.resolve(), folder)
+    chosen = make_trials(scene, options.build.resolve(), book, brief=options.hours is None)
+    if options.trial:
+        chosen = {name: trial for name, trial in chosen.items() if name in options.trial}
+    end = time.monotonic() + 3600 * (options.hours or 0)
+    steps = iter(range(options.rounds * len(chosen)))
+    over = (lambda: time.monotonic() > end) if options.hours else (lambda: next(steps, None) is None)
+    found = 0
+    try:
+        found = run_in_turn(chosen, book, over)
+    except KeyboardInterrupt:
+        print("stopped; the next run goes on from here")
+    print(book.table())
+    return 1 if found else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
