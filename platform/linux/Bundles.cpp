@@ -41,23 +41,6 @@ std::string readText(const std::string& path) {
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::string bundleIdentifier(const std::string& bundle) {
-    const std::string text = readText(bundle + "/Contents/Info.plist");
-    plist_t parsed = nullptr;
-    plist_from_memory(text.data(), static_cast<std::uint32_t>(text.size()), &parsed);
-    const std::unique_ptr<void, PlistDeleter> list(parsed);
-    if (parsed == nullptr || plist_get_node_type(parsed) != PLIST_DICT) {
-        return {};
-    }
-    plist_t item = plist_dict_get_item(parsed, "CFBundleIdentifier");
-    if (item == nullptr || plist_get_node_type(item) != PLIST_STRING) {
-        return {};
-    }
-    std::uint64_t length = 0;
-    const char* identifier = plist_get_string_ptr(item, &length);
-    return {identifier, length};
-}
-
 std::string executablePath() {
     char buffer[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer);
@@ -74,6 +57,22 @@ int collectLibrary(dl_phdr_info* library, std::size_t, void* folders) {
 
 }  // namespace
 
+std::string identifierInPlist(const std::string& text) {
+    plist_t parsed = nullptr;
+    plist_from_memory(text.data(), static_cast<std::uint32_t>(text.size()), &parsed);
+    const std::unique_ptr<void, PlistDeleter> list(parsed);
+    if (parsed == nullptr || plist_get_node_type(parsed) != PLIST_DICT) {
+        return {};
+    }
+    plist_t item = plist_dict_get_item(parsed, "CFBundleIdentifier");
+    if (item == nullptr || plist_get_node_type(item) != PLIST_STRING) {
+        return {};
+    }
+    std::uint64_t length = 0;
+    const char* identifier = plist_get_string_ptr(item, &length);
+    return {identifier, length};
+}
+
 std::vector<Bundle> loadedBundles() {
     const std::string executable = executablePath();
     const std::string mainBundle = enclosingBundle(executable);
@@ -85,7 +84,7 @@ std::vector<Bundle> loadedBundles() {
         const bool known = std::any_of(bundles.begin(), bundles.end(),
                                        [&](const Bundle& bundle) { return bundle.path == folder; });
         if (!folder.empty() && !known) {
-            bundles.push_back({folder, bundleIdentifier(folder)});
+            bundles.push_back({folder, identifierInPlist(readText(folder + "/Contents/Info.plist"))});
         }
     }
     return bundles;

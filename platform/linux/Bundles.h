@@ -11,6 +11,9 @@ struct Bundle {
     std::string identifier;  ///< CFBundleIdentifier of its Contents/Info.plist; empty without one
 };
 
+/// The CFBundleIdentifier in a property list of any form; empty where there is none.
+std::string identifierInPlist(const std::string& text);
+
 /// The bundles of this process at this moment: the one that the running executable lies in (its own folder
 /// when it lies in none), then those of the loaded plug-ins.
 std::vector<Bundle> loadedBundles();

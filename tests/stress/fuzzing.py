@@ -15,8 +15,8 @@ class Fuzz:
     def __init__(self, target, folder):
         self.target = pathlib.Path(target)
         self.name = self.target.name[5:]
-        self.corpus = pathlib.Path(folder) / "corpus" / self.name
-        self.found = pathlib.Path(folder) / "found" / self.name
+        self.corpus = pathlib.Path(folder).resolve() / "corpus" / self.name
+        self.found = pathlib.Path(folder).resolve() / "found" / self.name
         self.seeds = pathlib.Path(__file__).resolve().parents[1] / "fuzz" / "corpus" / self.name
 
     def step(self):
@@ -25,7 +25,7 @@ class Fuzz:
         before = resource.getrusage(resource.RUSAGE_CHILDREN)
         command = [self.target, f"-max_total_time={SECONDS}", "-max_len=4096", "-print_final_stats=1",
                    f"-artifact_prefix={self.found}/", self.corpus, self.seeds]
-        environment = {**os.environ, "CORVEL_FUZZ_CORPUS": str(self.corpus.parent.parent)}
+        environment = {**os.environ, "CORVEL_FUZZ_CORPUS": str(self.corpus.parents[1])}
         result = subprocess.run(command, capture_output=True, text=True, errors="replace", check=False,
                                 stdin=subprocess.DEVNULL, env=environment)
         after = resource.getrusage(resource.RUSAGE_CHILDREN)

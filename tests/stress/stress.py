@@ -59,7 +59,7 @@ def make_trials(scene, build, book, brief):
     made["signals"] = trials.Signals(scene)
     made["long render"] = trials.LongRender(scene, 10_000 if brief else 100_000)
     made["controllers"] = trials.Controllers(scene, 20 if brief else 200)
-    if shutil.which("valgrind") and not brief:
+    if shutil.which("valgrind"):
         made["leaks"] = trials.Leaks(scene)
     threads = build.parent / "tsan"
     if (threads / "Corvel.app").exists():
@@ -102,7 +102,10 @@ def main():
     scene = trials.Scene(options.build.resolve(), folder)
     chosen = make_trials(scene, options.build.resolve(), book, brief=options.hours is None)
     if options.trial:
-        chosen = {name: trial for name, trial in chosen.items() if name in options.trial}
+        unknown = set(options.trial) - set(chosen)
+        if unknown:
+            parser.error(f"no such trial here: {', '.join(unknown)}; there are: {', '.join(chosen)}")
+        chosen = {name: chosen[name] for name in options.trial}
     end = time.monotonic() + 3600 * (options.hours or 0)
     steps = iter(range(options.rounds * len(chosen)))
     over = (lambda: time.monotonic() > end) if options.hours else (lambda: next(steps, None) is None)
