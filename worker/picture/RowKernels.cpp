@@ -215,17 +215,18 @@ struct RestOfPlanes {
 
 void planes8(const float* rgba, std::uint8_t* const planes[4], std::size_t width) {
     const std::size_t done = HWY_DYNAMIC_DISPATCH(planes8)(rgba, planes, width);
-    Scalar::planes8(rgba + 4 * done, RestOfPlanes(planes, 4, done).rest, width - done);
+    Scalar::planes8(rgba + 4 * done, RestOfPlanes<std::uint8_t>(planes, 4, done).rest, width - done);
 }
 
 void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t width, float highest) {
     const std::size_t done = HWY_DYNAMIC_DISPATCH(planes16)(rgba, planes, width, highest);
-    Scalar::planes16(rgba + 4 * done, RestOfPlanes(planes, 4, done).rest, width - done, highest);
+    Scalar::planes16(rgba + 4 * done, RestOfPlanes<std::uint16_t>(planes, 4, done).rest, width - done,
+                     highest);
 }
 
 void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits) {
     const std::size_t done = HWY_DYNAMIC_DISPATCH(split)(rgba, planes, width, limits);
-    Scalar::split(rgba + 4 * done, RestOfPlanes(planes, 3, done).rest, width - done, limits);
+    Scalar::split(rgba + 4 * done, RestOfPlanes<float>(planes, 3, done).rest, width - done, limits);
 }
 
 }  // namespace Morvane::Worker::RowKernels

@@ -1,5 +1,5 @@
-// Loaded into a program before everything else (LD_PRELOAD): from its start to its end the process gets a thousand
-// signals a second, each of which interrupts a system call.
+// Loaded into a program before everything else (LD_PRELOAD): from its start to its end the process gets a
+// thousand signals a second, each of which interrupts a system call.
 
 #include <signal.h>
 #include <sys/time.h>
