@@ -11,6 +11,7 @@ import argparse
 import json
 import pathlib
 import shutil
+import signal
 import sys
 import tempfile
 import time
@@ -97,6 +98,9 @@ def main():
     parser.add_argument("--rounds", type=int, default=1)
     options = parser.parse_args()
     harness.isolate()
+    # Also where a shell that does not wait has them ignored.
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, signal.default_int_handler)
     folder = tempfile.mkdtemp(prefix="stress-")
     book = Book(options.figures or pathlib.Path(folder) / "figures")
     scene = trials.Scene(options.build.resolve(), folder)
