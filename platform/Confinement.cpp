@@ -29,7 +29,8 @@ void limitResources(std::uint64_t memoryBytes, std::uint64_t fileBytes) {
         limit.rlim_cur = limit.rlim_max = std::min<rlim_t>(limit.rlim_max, bytes);
         setrlimit(resource, &limit);
     };
-    lower(RLIMIT_DATA, memoryBytes);
+    if (!sanitized)
+        lower(RLIMIT_DATA, memoryBytes);
     lower(RLIMIT_FSIZE, fileBytes);
     lower(RLIMIT_CORE, 0);
 }

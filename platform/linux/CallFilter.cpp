@@ -9,18 +9,11 @@
 #include <memory>
 #include <system_error>
 
+#include "platform/ResourceLimits.h"
+
 namespace Morvane::Platform {
 
 namespace {
-
-// The sanitizers look for leaks from a process that they make for it, and start a program that names places.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool sanitized = true;
-#elif defined(__has_feature)
-constexpr bool sanitized = __has_feature(address_sanitizer) || __has_feature(thread_sanitizer);
-#else
-constexpr bool sanitized = false;
-#endif
 
 // By name, since an older library or kernel lacks some; those are passed over.
 constexpr std::initializer_list<const char*> refused = {
