@@ -53,7 +53,6 @@ public:
           ready(names.readySemaphore, true, 0),
           done(names.doneSemaphore, true, 0),
           bridge(names) {
-        freopen("/dev/null", "w", stderr);
         countOfAnswers = sem_open(Worker::semaphoreName(names.doneSemaphore).c_str(), 0);
     }
 

@@ -23,7 +23,7 @@ class Fuzz:
         for folder in (self.corpus, self.found):
             folder.mkdir(parents=True, exist_ok=True)
         before = resource.getrusage(resource.RUSAGE_CHILDREN)
-        command = [self.target, f"-max_total_time={SECONDS}", "-max_len=4096", "-print_final_stats=1",
+        command = [self.target, f"-max_total_time={SECONDS}", "-max_len=4096", "-print_final_stats=1", "-print_funcs=0", "-close_fd_mask=2",
                    f"-artifact_prefix={self.found}/", self.corpus, self.seeds]
         environment = {**os.environ, "CORVEL_FUZZ_CORPUS": str(self.corpus.parents[1])}
         result = subprocess.run(command, capture_output=True, text=True, errors="replace", check=False,
