@@ -16,7 +16,7 @@ namespace Morvane::Worker {
 ///
 /// Sound files may come from anywhere, and the worker that adds one to a movie can write files. So a process
 /// of its own decodes, confined to reading this one file, from construction to destruction; what it sends is
-/// checked before it is used. docs/adr/0040-sound-is-decoded-by-a-process-of-its-own.md tells why.
+/// checked before it is used. docs/adr/0014-sound-is-decoded-by-a-process-of-its-own.md tells why.
 class SoundFile {
 public:
     /// Throws StatusError: NotFound, NoPermission; BadArgument for a file that is none of sound.
