@@ -193,7 +193,6 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
     if (!qualityIsOverruled(settings))
         addOptions(options, codec.quality[request.quality]);
     options.erase("profile");
-    options.erase("encoder");
     if (const CodecProfile* chosen = findProfile(codec, profile))
         addOptions(options, chosen->encoderOptions);
     for (const CodecOption& option : codec.options) {
@@ -208,14 +207,9 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
     return options;
 }
 
-/// The encoder of the quality, else of the picture, else of the codec.
+/// The encoder of the picture, else of the codec.
 std::string encoderOf(const EncodingRequest& request, const CodecPicture& picture) {
-    const Codec& codec = *request.settings.codec;
-    Options quality;
-    addOptions(quality, codec.quality[request.quality]);
-    if (quality.count("encoder") && !qualityIsOverruled(request.settings))
-        return quality["encoder"];
-    return picture.encoder ? picture.encoder : codec.encoder;
+    return picture.encoder ? picture.encoder : request.settings.codec->encoder;
 }
 
 ColourDecision colourOf(const Settings& settings, const CodecPicture& picture) {

@@ -21,8 +21,6 @@ std::string describeOption(const std::string& key, const std::string& value) {
         return value + ":1";
     if (key == "qp" || key == "lossless" || key == "compression_level")
         return "lossless";
-    if (key == "encoder")
-        return "the profile's data rate";
     return key + " " + value;
 }
 

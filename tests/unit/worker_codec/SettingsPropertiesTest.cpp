@@ -51,7 +51,7 @@ TEST(SettingsProperties, QualitiesAreTold) {
     EXPECT_EQ(told("avc1"),
               "Min: rate factor 34; Low: rate factor 28; Normal: rate factor 23; High: rate factor 18; "
               "Max: rate factor 12; Lossless: lossless");
-    EXPECT_THAT(told("apch"), HasSubstr("High: quantiser 7; Max: the profile's data rate"));
+    EXPECT_THAT(told("apch"), HasSubstr("High: quantiser 7; Max: quantiser 3"));
     EXPECT_THAT(told("mjp2"), HasSubstr("Min: 80:1"));
     EXPECT_THAT(told("AVdn"), HasSubstr("Min: 75 Mbit/s"));
     EXPECT_EQ(told("raw "), "lossless at every quality");
