@@ -40,7 +40,8 @@ void RenderProcess::start(const QStringList& arguments) {
 
 void RenderProcess::cancel() {
     if (process != nullptr && process->processId() > 0) {
-        kill(static_cast<pid_t>(process->processId()), SIGINT);
+        // Not SIGINT: what a shell starts in the background ignores it, and so do its children.
+        kill(static_cast<pid_t>(process->processId()), SIGTERM);
     }
 }
 
