@@ -20,7 +20,6 @@ constexpr const char* soundGroup = "Sound";
 constexpr const char* timecodeGroup = "Time code and metadata";
 
 constexpr const char* rateKnob = "fps";
-constexpr const char* audioKnob = "audiofile";
 
 struct ValueOption {
     const char* names;

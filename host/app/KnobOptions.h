@@ -8,6 +8,9 @@
 
 namespace Corvel {
 
+/// The saved name of the knob that names the sound.
+constexpr const char* audioKnob = "audiofile";
+
 /// Declares an option for each knob of the movie writer, under its saved name and under a friendlier one, and
 /// one that reaches any knob of any writer. What is given is appended to `settings`, which must live until
 /// the command line is parsed.

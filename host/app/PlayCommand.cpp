@@ -1,7 +1,7 @@
 #include <fmt/format.h>
 
 #include "host/app/Command.h"
-#include "host/images/FrameRange.h"
+#include "host/app/FrameOptions.h"
 #include "host/play/Play.h"
 #include "host/render/Bundle.h"
 #include "host/render/Curves.h"
@@ -28,14 +28,6 @@ constexpr const char* footer =
     "4 the\n"
     "QuickTime helper is missing or died, 130 interrupted.";
 
-std::vector<int> parseFrames(const std::string& text) {
-    try {
-        return parseFrameRange(text);
-    } catch (const BadFrameRange& error) {
-        throw CLI::ValidationError("--frames", error.what());
-    }
-}
-
 class PlayCommand : public Command {
 public:
     std::string name() const override { return "play"; }
@@ -48,7 +40,6 @@ public:
     }
 
 private:
-    void declareFrames(CLI::App& app);
     void declarePicture(CLI::App& app);
 
     PlayRequest request;
@@ -68,28 +59,13 @@ void PlayCommand::declare(CLI::App& app) {
         ->type_name("WxH@RATE");
     app.add_flag("--loop", request.loop, "Play again and again");
     app.add_flag("--full-screen", request.fullScreen, "Use the whole screen (default: a window)");
-    declareFrames(app);
-    declarePicture(app);
-    app.footer(footer);
-}
-
-void PlayCommand::declareFrames(CLI::App& app) {
-    app.add_option_function<std::string>(
-           "--frames", [this](const std::string& text) { request.frames = parseFrames(text); },
-           "Frames to show: 1001-1100, 1-99x2, 1,5,10-20 (default: all from the first to the last found)")
-        ->type_name("RANGE")
-        ->group("Frames");
-    const std::map<std::string, Missing> names{
-        {"error", Missing::Error}, {"black", Missing::Black}, {"hold", Missing::Hold}};
-    app.add_option("--missing", request.missing,
-                   "What to do about missing frames: error, black, or hold the frame before (default: error)")
-        ->transform(CLI::CheckedTransformer(names, CLI::ignore_case).description(""))
-        ->type_name("WHAT")
-        ->group("Frames");
+    declareFrameOptions(app, "show", request.frames, request.missing);
     app.add_option("--threads", request.threads, "Threads that read frames (default: one a processor)")
         ->check(CLI::Range(1, 256).description(""))
         ->type_name("N")
         ->group("Frames");
+    declarePicture(app);
+    app.footer(footer);
 }
 
 void PlayCommand::declarePicture(CLI::App& app) {

@@ -6,10 +6,10 @@
 #include <optional>
 
 #include "host/app/Command.h"
+#include "host/app/FrameOptions.h"
 #include "host/app/KnobOptions.h"
 #include "host/app/SoundCheck.h"
 #include "host/app/StartUp.h"
-#include "host/images/FrameRange.h"
 #include "host/presets/PresetStore.h"
 #include "host/render/Curves.h"
 #include "host/render/Log.h"
@@ -60,14 +60,6 @@ FormatRequest parseFormat(const std::string& text) {
     return format;
 }
 
-std::vector<int> parseFrames(const std::string& text) {
-    try {
-        return parseFrameRange(text);
-    } catch (const BadFrameRange& error) {
-        throw CLI::ValidationError("--frames", error.what());
-    }
-}
-
 std::pair<std::string, std::string> parsePair(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
@@ -85,7 +77,6 @@ public:
 
 private:
     void declareFiles(CLI::App& app);
-    void declareFrames(CLI::App& app);
     void declarePicture(CLI::App& app);
     void declareMetadata(CLI::App& app);
     void declareRunning(CLI::App& app);
@@ -97,7 +88,7 @@ private:
 
 void RenderCommand::declare(CLI::App& app) {
     declareFiles(app);
-    declareFrames(app);
+    declareFrameOptions(app, "render", request.frames, request.missing);
     app.add_option("--preset", preset,
                    "Start from the knob values of that preset, as `corvel presets list` names them")
         ->type_name("NAME")
@@ -124,21 +115,6 @@ void RenderCommand::declareFiles(CLI::App& app) {
     app.add_flag(
         "-y,--overwrite", request.overwrite,
         "Replace an existing movie, once the new one is whole, or existing images (default: refuse)");
-}
-
-void RenderCommand::declareFrames(CLI::App& app) {
-    app.add_option_function<std::string>(
-           "--frames", [this](const std::string& text) { request.frames = parseFrames(text); },
-           "Frames to render: 1001-1100, 1-99x2, 1,5,10-20 (default: all from the first to the last found)")
-        ->type_name("RANGE")
-        ->group("Frames");
-    const std::map<std::string, Missing> names{
-        {"error", Missing::Error}, {"black", Missing::Black}, {"hold", Missing::Hold}};
-    app.add_option("--missing", request.missing,
-                   "What to do about missing frames: error, black, or hold the frame before (default: error)")
-        ->transform(CLI::CheckedTransformer(names, CLI::ignore_case).description(""))
-        ->type_name("WHAT")
-        ->group("Frames");
 }
 
 void RenderCommand::declarePicture(CLI::App& app) {

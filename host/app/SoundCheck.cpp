@@ -11,12 +11,11 @@
 #include <filesystem>
 #include <optional>
 
+#include "host/app/KnobOptions.h"
 #include "host/render/Failure.h"
 
 namespace Corvel {
 namespace {
-
-constexpr const char* audioKnob = "audiofile";
 
 /// The reading end of a pipe whose writing end becomes a child's standard error.
 class Listener {

@@ -92,8 +92,7 @@ struct Codec {
     bool intraOnly;  ///< every packet is a picture of its own and contexts can work side by side
     Lossless lossless;
     /// The encoder options of each quality, 0 to 5, as libav option text; besides libav's names `qscale` (the
-    /// quantiser) and `profile` (one of the codec's). Empty texts:
-    /// quality makes no difference.
+    /// quantiser) and `profile` (one of the codec's). Empty texts: quality makes no difference.
     std::array<const char*, 6> quality;
     SizeRule sizes;
     const char* sizeSentence;  ///< "even widths": what `sizes` and the default picture come to, for a person

@@ -1,6 +1,6 @@
 """Renders with sound: a file without any is found before the first frame, one with sound is in the movie.
 
-Usage: RenderSoundTest.py CORVEL
+Usage: RenderSoundTest.py CORVEL WALK_MOVIE
 """
 
 import json
@@ -12,6 +12,7 @@ import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
 CORVEL = sys.argv.pop(1)
+WALK_MOVIE = sys.argv.pop(1)
 
 
 def run(*command):
@@ -67,6 +68,8 @@ class RenderWithSound(unittest.TestCase):
         probed = run("ffprobe", "-v", "error", "-select_streams", "a", "-show_entries", "stream=sample_rate", "-of",
                      "csv=p=0", self.movie)
         self.assertEqual(probed.stdout.strip(), "48000")
+        walked = run(WALK_MOVIE, self.movie)
+        self.assertEqual(walked.returncode, 0, walked.stdout + walked.stderr)
 
 
 if __name__ == "__main__":

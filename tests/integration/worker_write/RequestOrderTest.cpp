@@ -8,6 +8,7 @@
 #include "platform/ProcessWatch.h"
 #include "tests/integration/real_worker/RawController.h"
 #include "tests/integration/real_worker/WorkerFixture.h"
+#include "tests/integration/worker_write/WalkMovies.h"
 
 namespace Morvane::Testing {
 namespace {
@@ -25,6 +26,7 @@ protected:
         EXPECT_NE(sut->ask("W0000000e").find("mjpa\tMotion JPEG A"), std::string::npos);
         sut.reset();
         std::filesystem::current_path("/");
+        walkMoviesIn(folder);
         WorkerFixture::TearDown();
     }
 

@@ -5,11 +5,11 @@
 #include <fstream>
 #include <iterator>
 
-#include "MovieWalker.h"
 #include "property/PropertyList.h"
 #include "quicktime/QuickTimeCodecWriterIPCController.h"
 #include "tests/integration/real_worker/Commands.h"
 #include "tests/integration/real_worker/WorkerFixture.h"
+#include "tests/integration/worker_write/WalkMovies.h"
 
 namespace Morvane::Testing {
 namespace {
@@ -26,17 +26,8 @@ protected:
     }
     void TearDown() override {
         sut.reset();
-        walkAllMovies();
+        walkMoviesIn(folder);
         WorkerFixture::TearDown();
-    }
-
-    /// Whatever a test has written must be a faultless movie; files that are no movies are a few bytes long.
-    void walkAllMovies() {
-        for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-            if (entry.path().extension() == ".mov" && entry.file_size() > 100) {
-                EXPECT_EQ(Tests::problemsOf(entry.path().string()), "") << entry.path();
-            }
-        }
     }
 
     int codecIndex(const std::string& type) {
