@@ -299,6 +299,16 @@ private:
         chunks(nodes, result);
     }
 
+    /// Bytes of the colour table after the fixed fields of a video description, there where its number is 0:
+    /// seed, flags, the last index, and four 16-bit numbers an entry.
+    static std::size_t colourTableLength(const Bytes& video) {
+        if (video.size() < 86 || video.substr(76, 2) != Bytes(2, '\0'))
+            return 0;
+        const auto last = static_cast<std::size_t>(static_cast<unsigned char>(video[84])) << 8 |
+                          static_cast<unsigned char>(video[85]);
+        return 8 + (last + 1) * 8;
+    }
+
     void description(const Bytes& stsd, WalkedTrack& result) {
         Reader reader(stsd);
         reader.skip(4);
@@ -309,7 +319,8 @@ private:
         result.description = entries.at(0).body;
         // Fixed fields of a video description, then atoms, which four zero bytes may end.
         if (result.handler == "vide") {
-            const std::string extensions = result.description.substr(78);
+            const std::string extensions =
+                result.description.substr(78 + colourTableLength(result.description));
             const bool ended =
                 extensions.size() >= 4 && extensions.substr(extensions.size() - 4) == Bytes(4, '\0');
             children(ended ? extensions.substr(0, extensions.size() - 4) : extensions);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <map>
 
+#include "MovieWalker.h"
 #include "quicktime/QuickTimeCodecWriterIPCController.h"
 #include "tests/integration/codecs/CodecTrial.h"
 #include "tests/integration/real_worker/Commands.h"
@@ -138,6 +139,7 @@ protected:
 
     /// What all of them must bring back, whatever they do to pictures.
     void expectFacts(const EncodingRequest& request) {
+        EXPECT_EQ(Tests::problemsOf(path("a.mov")), "");
         open(path("a.mov"));
         ASSERT_EQ(openStatus, 0);
         const MovieInfo movie = info();
