@@ -4,8 +4,9 @@
 
 namespace Corvel {
 
-ReadAhead::ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits)
-    : source(source), plan(std::move(plan)) {
+ReadAhead::ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
+                     MakePictureSteps makeSteps)
+    : source(source), plan(std::move(plan)), makeSteps(std::move(makeSteps)) {
     for (std::size_t i = 0; i < std::max<std::size_t>(limits.pictures, 2); ++i) {
         freePictures.push_back(std::make_unique<Picture>());
     }
@@ -43,6 +44,7 @@ ReadAhead::Slot* ReadAhead::beginFrame(std::unique_lock<std::mutex>& lock) {
         return nullptr;
     }
     auto slot = std::make_unique<Slot>();
+    slot->position = begun;
     slot->planned = plan[begun++];
     slot->picture = std::move(freePictures.back());
     freePictures.pop_back();
@@ -50,14 +52,22 @@ ReadAhead::Slot* ReadAhead::beginFrame(std::unique_lock<std::mutex>& lock) {
     return underWay.back().get();
 }
 
+void ReadAhead::read(FrameReader& reader, const PictureSteps& steps, Slot& slot) {
+    slot.header = reader.read(*slot.planned.source, *slot.picture);
+    for (const std::unique_ptr<PictureStep>& step : steps) {
+        step->apply({slot.planned.number, slot.position, slot.header}, *slot.picture);
+    }
+}
+
 void ReadAhead::readFrames() {
     const std::unique_ptr<FrameReader> reader = source.createReader();
+    const PictureSteps steps = makeSteps ? makeSteps() : PictureSteps{};
     std::unique_lock lock(mutex);
     while (Slot* slot = beginFrame(lock)) {
         lock.unlock();
         if (slot->planned.source) {
             try {
-                slot->header = reader->read(*slot->planned.source, *slot->picture);
+                read(*reader, steps, *slot);
             } catch (...) {
                 slot->failure = std::current_exception();
             }

@@ -11,11 +11,13 @@
 #include <vector>
 
 #include "host/images/FrameSource.h"
+#include "host/images/PictureStep.h"
 #include "host/render/FramePlan.h"
 
 namespace Corvel {
 
-/// Decodes the frames of a plan on threads of its own, ahead of the one thread that takes them in order.
+/// Decodes the frames of a plan on threads of its own, and does the steps that every picture goes through,
+/// ahead of the one thread that takes them in order.
 ///
 /// Memory is bounded: there is a fixed number of pictures, which go round between the reading threads and the
 /// taker, so that after the first few frames nothing is allocated any more. A thread begins a frame only when
@@ -35,15 +37,17 @@ public:
         Picture* picture = nullptr;  ///< null for a black frame
     };
 
-    /// Starts reading. `source` must outlive this object.
-    ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits);
+    /// Starts reading. `source` must outlive this object. A black frame goes through no step.
+    ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
+              MakePictureSteps makeSteps = {});
     /// Gives up the frames not yet begun and waits for those under way.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
     ReadAhead& operator=(const ReadAhead&) = delete;
 
     /// The next frame of the plan, nothing after the last one. Blocks until it is decoded. Throws what
-    /// reading it threw (UnreadableImage, std::bad_alloc); the frame counts as taken then. One thread.
+    /// reading it and its steps threw (UnreadableImage, std::bad_alloc); the frame counts as taken then. One
+    /// thread.
     std::optional<Frame> next();
 
     /// The limits for pictures of `pictureBytes` on a machine of `threads` threads: as many pictures as there
@@ -54,6 +58,7 @@ private:
     /// One frame of the plan while it is under way.
     struct Slot {
         PlannedFrame planned;
+        std::size_t position = 0;  // in the plan
         PictureHeader header;
         std::unique_ptr<Picture> picture;
         std::exception_ptr failure;
@@ -61,11 +66,13 @@ private:
     };
 
     void readFrames();
+    static void read(FrameReader& reader, const PictureSteps& steps, Slot& slot);
     Slot* beginFrame(std::unique_lock<std::mutex>& lock);
     void recycle(std::unique_ptr<Picture> picture);
 
     const FrameSource& source;
     const std::vector<PlannedFrame> plan;
+    const MakePictureSteps makeSteps;
     std::mutex mutex;
     std::condition_variable pictureFree;  // or stopping
     std::condition_variable frameDone;

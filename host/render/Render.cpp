@@ -86,7 +86,7 @@ Exit RenderRun::run() {
 }
 
 Exit RenderRun::writeFrames() {
-    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan));
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps);
     try {
         while (const auto frame = frames.next()) {
             if (host.helper().interrupts().count() > 0) {
@@ -108,12 +108,13 @@ Exit RenderRun::writeFrames() {
 }
 
 bool RenderRun::hasRightSize(const ReadAhead::Frame& frame) const {
+    const Window& display = frame.header.display;
     if (frame.picture == nullptr ||
-        (frame.picture->width() == plan.picture.width && frame.picture->height() == plan.picture.height)) {
+        (display.width == plan.picture.width && display.height == plan.picture.height)) {
         return true;
     }
     spdlog::error("frame {} ({}) has {} x {} pixels, not {} x {} as the first frame", frame.planned.number,
-                  plan.source->nameOf(*frame.planned.source), frame.picture->width(), frame.picture->height(),
+                  plan.source->nameOf(*frame.planned.source), display.width, display.height,
                   plan.picture.width, plan.picture.height);
     return false;
 }

@@ -116,7 +116,7 @@ Exit ImageRun::run() {
 }
 
 void ImageRun::writeFrames() {
-    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan));
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps);
     const bool fromMovie = isMovieName(request.input);
     while (helpers.interrupts().count() == 0) {
         // A movie's frames come from a helper.

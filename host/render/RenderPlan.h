@@ -21,7 +21,8 @@ namespace Corvel {
 struct RenderPlan {
     std::unique_ptr<FrameSource> source;
     std::vector<PlannedFrame> frames;      ///< at least one
-    Window picture;                        ///< size that every frame must have
+    Window picture;                        ///< size that every frame of the input must have
+    MakePictureSteps steps;                ///< what is done to each picture before it is written
     Kex::Image::Format format;             ///< of the movie
     int depth = 3;                         ///< channels
     const Kex::Image::LUT* lut = nullptr;  ///< null for the writer's own

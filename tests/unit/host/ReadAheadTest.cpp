@@ -89,6 +89,48 @@ TEST(ReadAhead, GivesNoPictureForABlackFrame) {
     EXPECT_EQ(frame->picture, nullptr);
 }
 
+// Adds a number of its own, then the position in the movie to the second channel.
+class Adding : public PictureStep {
+public:
+    explicit Adding(float value) : number(value) {}
+    void apply(const FrameUnderWay& frame, Picture& picture) override {
+        if (frame.number == 13) {
+            throw UnreadableImage("thirteen");
+        }
+        picture.row(0, 0)[0] = picture.row(0, 0)[0] * 10 + number;
+        picture.row(1, 0)[0] = static_cast<float>(frame.position);
+    }
+
+private:
+    float number;
+};
+
+PictureSteps twoSteps() {
+    PictureSteps steps;
+    steps.push_back(std::make_unique<Adding>(1.0f));
+    steps.push_back(std::make_unique<Adding>(2.0f));
+    return steps;
+}
+
+TEST(ReadAhead, DoesTheStepsInTheirOrder) {
+    const FakeSource source({5, 7});
+    ReadAhead sut(source, {{5, 5}, {7, 7}}, {2, 5}, twoSteps);
+
+    sut.next();
+    const auto second = sut.next();
+
+    EXPECT_EQ(second->picture->row(0, 0)[0], 712.0f);
+    EXPECT_EQ(second->picture->row(1, 0)[0], 1.0f);
+}
+
+TEST(ReadAhead, ThrowsWhereTheStepThatFailedHasItsTurn) {
+    const FakeSource source({1});
+    ReadAhead sut(source, {{12, 12}, {13, 13}}, {2, 5}, twoSteps);
+
+    EXPECT_TRUE(sut.next());
+    EXPECT_THROW(sut.next(), UnreadableImage);
+}
+
 TEST(ReadAhead, CanBeGivenUpAtAnyTime) {
     const FakeSource source({1});
     for (int taken : {0, 1, 5}) {
