@@ -89,6 +89,7 @@ private:
 void RenderCommand::declare(CLI::App& app) {
     declareFiles(app);
     declareFrameOptions(app, "render", request.frames, request.missing);
+    declareOrderOptions(app, request.order);
     app.add_option("--preset", preset,
                    "Start from the knob values of that preset, as `corvel presets list` names them")
         ->type_name("NAME")

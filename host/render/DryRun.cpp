@@ -20,7 +20,7 @@ std::string framesText(const RenderPlan& plan) {
         numbers.push_back(frame.number);
     }
     const auto filled = std::count_if(plan.frames.begin(), plan.frames.end(),
-                                      [](const PlannedFrame& frame) { return frame.source != frame.number; });
+                                      [](const PlannedFrame& frame) { return frame.isFilled(); });
     return fmt::format("{} ({} in all{})", frameRangeText(numbers), numbers.size(),
                        filled > 0 ? fmt::format(", {} of them missing and filled", filled) : "");
 }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "host/images/FrameRange.h"
 #include "host/render/Failure.h"
@@ -32,11 +33,13 @@ int heldFrame(const std::vector<int>& there, int number) {
 
 }  // namespace
 
-std::vector<PlannedFrame> planFrames(const FrameSource& source, std::vector<int> wanted, Missing missing) {
+std::vector<PlannedFrame> planFrames(const FrameSource& source, std::vector<int> wanted, Missing missing,
+                                     const FrameOrder& order) {
     const std::vector<int>& there = source.frames();
     if (wanted.empty()) {
         wanted = parseFrameRange(fmt::format("{}-{}", there.front(), there.back()));
     }
+    wanted = shownFrames(std::move(wanted), order);
     if (missing == Missing::Error) {
         refuseGaps(source, wanted);
     }
@@ -45,10 +48,10 @@ std::vector<PlannedFrame> planFrames(const FrameSource& source, std::vector<int>
                                                          frameRangeText(wanted), frameRangeText(there)));
     }
     std::vector<PlannedFrame> plan;
-    for (const int number : wanted) {
-        PlannedFrame frame{number, number};
-        if (!source.has(number)) {
-            frame.source = missing == Missing::Hold ? std::optional(heldFrame(there, number)) : std::nullopt;
+    for (const auto& [number, shown] : inOrder(wanted, order)) {
+        PlannedFrame frame{number, shown, shown};
+        if (!source.has(shown)) {
+            frame.source = missing == Missing::Hold ? std::optional(heldFrame(there, shown)) : std::nullopt;
         }
         plan.push_back(frame);
     }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "host/images/FrameSource.h"
+#include "host/render/FrameOrder.h"
 
 namespace Corvel {
 
@@ -17,13 +18,18 @@ enum class Missing {
 struct PlannedFrame {
     int number = 0;             ///< the movie's frame
     std::optional<int> source;  ///< the input's frame; nothing for black
+    int shown = 0;              ///< the input's frame that is meant, whether the input has it or not
+
+    /// Whether another frame, or black, takes the place of one that is missing.
+    bool isFilled() const { return source != shown; }
 
     bool operator==(const PlannedFrame&) const = default;
 };
 
 /// The frames of a render in order, settled before the first one is rendered. `wanted` is ascending; empty
-/// for all frames from the source's first to its last. Throws Failure (InputUnreadable) for gaps under
-/// Missing::Error, and when none of the wanted frames is there.
-std::vector<PlannedFrame> planFrames(const FrameSource& source, std::vector<int> wanted, Missing missing);
+/// for all frames from the source's first to its last. Throws Failure: InputUnreadable for gaps under
+/// Missing::Error, and when none of the wanted frames is there; Usage as shownFrames.
+std::vector<PlannedFrame> planFrames(const FrameSource& source, std::vector<int> wanted, Missing missing,
+                                     const FrameOrder& order = {});
 
 }  // namespace Corvel

@@ -169,8 +169,7 @@ PictureHeader ImageRun::headerOf(const ReadAhead::Frame& frame) const {
     // A frame that fills a gap has the header of another one, or none; a time code from the person counts
     // from the first frame.
     const auto start = plan.metadata.find("input/timecode");
-    if (start != plan.metadata.end() &&
-        (!request.timecode.empty() || frame.planned.source != frame.planned.number)) {
+    if (start != plan.metadata.end() && (!request.timecode.empty() || frame.planned.isFilled())) {
         const int position = frame.planned.number - plan.frames.front().number - plan.timecodeLead;
         header.metadata["input/timecode"] = timecodeAfter(start->second, position, nominalRateOf(plan));
     }

@@ -65,7 +65,7 @@ Kex::Image::Format formatOf(const PictureHeader& header, const std::optional<For
 // The first frame of the movie that is a frame of the input.
 std::size_t firstRealFrame(const std::vector<PlannedFrame>& frames) {
     const auto real = std::find_if(frames.begin(), frames.end(),
-                                   [](const PlannedFrame& frame) { return frame.source == frame.number; });
+                                   [](const PlannedFrame& frame) { return !frame.isFilled(); });
     return static_cast<std::size_t>(real - frames.begin());
 }
 
@@ -111,10 +111,10 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
         request.inputLut.empty() ? nullptr : curveNamed(request.inputLut);
     checkOutput(request.output, request.overwrite || request.dryRun);
     plan.source = openInput(inputCurve);
-    plan.frames = planFrames(*plan.source, request.frames, request.missing);
+    plan.frames = planFrames(*plan.source, request.frames, request.missing, request.order);
 
     const std::size_t first = firstRealFrame(plan.frames);
-    const PictureHeader header = plan.source->header(plan.frames[first].number);
+    const PictureHeader header = plan.source->header(*plan.frames[first].source);
     plan.picture = {0, 0, header.display.width, header.display.height};
     plan.format = formatOf(header, request.format);
     plan.depth = request.channels.value_or(header.hasAlpha ? 4 : 3);

@@ -29,6 +29,7 @@ struct RenderRequest {
     std::string output;
     std::vector<int> frames;  ///< ascending; empty for all
     Missing missing = Missing::Error;
+    FrameOrder order;
     std::optional<int> channels;  ///< 3 or 4
     std::optional<FormatRequest> format;
     std::string lut;       ///< name of the curve of the movie's values; empty for the writer's own

@@ -14,7 +14,7 @@ namespace {
 std::vector<PlannedFrame> planOf(int count) {
     std::vector<PlannedFrame> plan;
     for (int i = 1; i <= count; ++i) {
-        plan.push_back({i, i});
+        plan.push_back({i, i, i});
     }
     return plan;
 }
