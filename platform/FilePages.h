@@ -14,4 +14,15 @@ bool allocateFileBlocks(int fd, std::uint64_t length);
 /// The extra `mmap` flag that faults all pages in at once; 0 where the system has none.
 int populatePagesFlag();
 
+/// Where `length` bytes of a file are best mapped, as a hint for `mmap`: an address at which large pages fit.
+/// Null where it makes no difference. Costs two system calls for a mapping of some megabytes, nothing for a
+/// smaller one.
+void* hintForLargePages(std::uint64_t length);
+
+/// Moves the mapped bytes of a file in memory into large pages, wherever their mapping allows it, so that
+/// mapping the file costs a fraction from then on, for every process. Bytes keep their values, and others may
+/// go on using them meanwhile. Costs about as much as ten mappings with small pages. Where the system or the
+/// file system cannot do that, everything stays as it is.
+void gatherIntoLargePages(void* address, std::uint64_t length);
+
 }  // namespace Morvane::Platform

@@ -74,7 +74,8 @@ bool SharedMemoryFile::resizeOpened(std::uint64_t length, int extraMapFlags) {
 }
 
 bool SharedMemoryFile::mapSize(int extraMapFlags) {
-    void* mapping = mmap(nullptr, size_, PROT_READ | PROT_WRITE, MAP_SHARED | extraMapFlags, fd, 0);
+    void* mapping = mmap(Platform::hintForLargePages(size_), size_, PROT_READ | PROT_WRITE,
+                         MAP_SHARED | extraMapFlags, fd, 0);
     if (mapping == MAP_FAILED) {
         address = nullptr;
         std::perror("mmap failed");

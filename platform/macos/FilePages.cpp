@@ -34,4 +34,10 @@ int populatePagesFlag() {
     return 0;
 }
 
+void* hintForLargePages(std::uint64_t) {
+    return nullptr;
+}
+
+void gatherIntoLargePages(void*, std::uint64_t) {}
+
 }  // namespace Morvane::Platform

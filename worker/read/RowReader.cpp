@@ -19,7 +19,7 @@ RowReader::RowReader(const AVFrame& source)
     : frame(source), format(*av_pix_fmt_desc_get(static_cast<AVPixelFormat>(source.format))), bytes(2) {
     bool plainBytes = true;
     for (int component = 0; component < format.nb_components; ++component)
-        plainBytes = plainBytes && isPlain(component) && format.comp[component].depth == 8;
+        plainBytes = plainBytes && hasPlainLayout(component) && format.comp[component].depth == 8;
     if (isFloat())
         bytes = 4;
     else if (plainBytes)
@@ -48,8 +48,9 @@ int RowReader::depth(int component) const {
     return hasPalette() ? 8 : format.comp[component].depth;
 }
 
-/// Whether the rows in memory are just what is to be read.
-bool RowReader::isPlain(int component) const {
+/// Whether samples lie one after the other, each a number of its own; it may still be of fewer bytes than the
+/// others.
+bool RowReader::hasPlainLayout(int component) const {
     const AVComponentDescriptor& layout = format.comp[component];
     if ((format.flags & (AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM)) != 0 || layout.shift != 0 ||
         layout.offset != 0)
@@ -58,11 +59,15 @@ bool RowReader::isPlain(int component) const {
     return layout.depth <= 8 ? layout.step == 1 : layout.step == (layout.depth <= 16 ? 2 : 4) && !swapped;
 }
 
+bool RowReader::isPlain(int component) const {
+    return hasPlainLayout(component) && (bytes > 1) == (format.comp[component].depth > 8);
+}
+
 void RowReader::read(int component, int y, int count, void* row) const {
     if (hasPalette())
         return readThroughPalette(component, y, count, static_cast<std::uint16_t*>(row));
     const AVComponentDescriptor& layout = format.comp[component];
-    if (isPlain(component) && (bytes > 1) == (layout.depth > 8)) {
+    if (isPlain(component)) {
         const std::uint8_t* plane = frame.data[layout.plane];
         std::memcpy(row, plane + static_cast<std::ptrdiff_t>(y) * frame.linesize[layout.plane],
                     static_cast<std::size_t>(count) * bytes);

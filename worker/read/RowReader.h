@@ -33,9 +33,12 @@ public:
     /// Puts `count` samples of row `y` of the component's plane into `row`, integers from 0 to 2^depth - 1.
     void read(int component, int y, int count, void* row) const;
 
+    /// Whether the component's rows lie in memory just as `read` gives them.
+    bool isPlain(int component) const;
+
 private:
     bool hasPalette() const;
-    bool isPlain(int component) const;
+    bool hasPlainLayout(int component) const;
     void readThroughPalette(int component, int y, int count, std::uint16_t* row) const;
 
     const AVFrame& frame;

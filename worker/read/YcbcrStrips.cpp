@@ -273,6 +273,22 @@ int YcbcrStrips::firstRowOfWindow(int strip) const {
     return std::clamp(strip * cut.rowsOfStrip - margin, 0, latest);
 }
 
+/// Whether zimg can read the decoder's picture itself: the rows are as it wants them, and none is to be
+/// repeated.
+bool YcbcrStrips::canReadInPlace(const AVFrame& frame, const RowReader& reader) const {
+    if (kind.width != cut.paddedWidth || cut.rows != roundUp(cut.rows, cut.chromaShiftY))
+        return false;
+    for (int plane = 0; plane < 3; ++plane) {
+        const auto address = reinterpret_cast<std::uintptr_t>(frame.data[plane]);
+        const std::ptrdiff_t stride = frame.linesize[plane];
+        // Where rows go upwards in memory, their ends are not known to have room for whole vectors.
+        if (!reader.isPlain(plane) || stride <= 0 ||
+            (address | static_cast<std::uintptr_t>(stride)) % alignment != 0)
+            return false;
+    }
+    return true;
+}
+
 void YcbcrStrips::convert(const AVFrame& frame, std::size_t strip, int thread, const RgbaRows& target) {
     const int field = static_cast<int>(strip) % cut.fields;
     const int stripOfField = static_cast<int>(strip) / cut.fields;
@@ -285,14 +301,22 @@ void YcbcrStrips::convert(const AVFrame& frame, std::size_t strip, int thread, c
             firstRow, std::min(firstRow + cut.rowsOfStrip, cut.rows)};
     zimg_image_buffer_const input{ZIMG_API_VERSION, {}};
     zimg_image_buffer output{ZIMG_API_VERSION, {}};
+    const bool inPlace = canReadInPlace(frame, reader);
     for (int plane = 0; plane < 3; ++plane) {
-        input.plane[plane] = {own.input.row(plane, 0), static_cast<std::ptrdiff_t>(own.input.stride),
-                              own.input.mask};
+        if (inPlace) {
+            const std::ptrdiff_t stride = frame.linesize[plane];
+            const int row = job.windowStart >> (plane == 0 ? 0 : cut.chromaShiftY);
+            input.plane[plane] = {frame.data[plane] + (row * cut.fields + field) * stride,
+                                  stride * cut.fields, ZIMG_BUFFER_MAX};
+        } else {
+            input.plane[plane] = {own.input.row(plane, 0), static_cast<std::ptrdiff_t>(own.input.stride),
+                                  own.input.mask};
+        }
         output.plane[plane] = {own.output.row(plane, 0), static_cast<std::ptrdiff_t>(own.output.stride),
                                own.output.mask};
     }
     check(zimg_filter_graph_process(graphs[static_cast<std::size_t>(field)]->graph.get(), &input, &output,
-                                    own.work.get(), Job::read, &job, Job::store, &job));
+                                    own.work.get(), inPlace ? nullptr : Job::read, &job, Job::store, &job));
 }
 
 }  // namespace Morvane::Worker

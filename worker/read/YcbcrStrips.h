@@ -64,6 +64,7 @@ private:
     };
 
     int firstRowOfWindow(int strip) const;
+    bool canReadInPlace(const AVFrame& frame, const RowReader& reader) const;
 
     const Cut cut;
     std::vector<std::unique_ptr<Graph>> graphs;   ///< one for each field

@@ -2,12 +2,15 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 
 namespace {
@@ -89,6 +92,42 @@ TEST(FilePagesInMemory, FailsWhereTheFileSystemHasNoRoom) {
     EXPECT_FALSE(allocateFileBlocks(file.descriptor, tooMuch));
 
     EXPECT_EQ(errno, ENOSPC);
+}
+
+TEST(LargePages, AreOfNoUseToASmallMapping) {
+    EXPECT_EQ(Morvane::Platform::hintForLargePages(1 << 20), nullptr);
+}
+
+TEST(LargePages, FitWhereALargeMappingIsHintedAt) {
+    void* const hint = Morvane::Platform::hintForLargePages(std::uint64_t{33} << 20);
+
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(hint) % (std::uintptr_t{2} << 20), 0u);
+}
+
+TEST_F(FilePages, KeepEveryByteWhenTheyAreGathered) {
+    // Two large pages and a rest, in a file in memory as well as on a disk.
+    constexpr std::size_t length = (std::size_t{5} << 20) + 12345;
+    const NamelessFile inMemory("/dev/shm");
+    for (const int descriptor : {inMemory.descriptor, file.descriptor}) {
+        ASSERT_TRUE(allocateFileBlocks(descriptor, length));
+        void* const place = mmap(Morvane::Platform::hintForLargePages(std::uint64_t{16} << 20), length,
+                                 PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
+        ASSERT_NE(place, MAP_FAILED);
+        const std::span<unsigned char> bytes(static_cast<unsigned char*>(place), length);
+        const auto valueAt = [](std::size_t i) { return static_cast<unsigned char>(i * 2654435761u >> 13); };
+        for (std::size_t i = 0; i < length; ++i) {
+            bytes[i] = valueAt(i);
+        }
+
+        Morvane::Platform::gatherIntoLargePages(place, length);
+
+        std::size_t different = 0;
+        for (std::size_t i = 0; i < length; ++i) {
+            different += bytes[i] != valueAt(i);
+        }
+        EXPECT_EQ(different, 0u);
+        EXPECT_EQ(munmap(place, length), 0);
+    }
 }
 
 }  // namespace

@@ -94,6 +94,16 @@ TEST_F(BridgeEndTest, FollowsTheFileWhenTheHostHasGrownIt) {
     EXPECT_EQ(bridge->payload(1 << 20).back(), std::byte{'x'});
 }
 
+TEST_F(BridgeEndTest, KeepsLargePayloadsWholeHoweverManyCome) {
+    // After some of them their pages are gathered.
+    for (char request = 'a'; request < 'h'; ++request) {
+        const std::string frame(std::size_t{9} << 20, request);
+        putData(frame);
+        const auto payload = bridge->payload(frame.size());
+        EXPECT_EQ(std::memcmp(payload.data(), frame.data(), frame.size()), 0);
+    }
+}
+
 TEST_F(BridgeEndTest, GrowsTheFileForALongAnswer) {
     putData("small");
     const std::string text(100000, 'y');
