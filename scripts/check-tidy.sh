@@ -11,8 +11,13 @@ trap 'rm -f "$log"' EXIT
 
 # The build folder is configured for g++, which has warnings that clang does not know.
 if run-clang-tidy-14 -quiet -p "$root/build/release" -j "$(nproc)" -extra-arg=-Wno-unknown-warning-option \
-    "^$root/$folders/.*${1:-}" >"$log" 2>&1; then
-    echo "clang-tidy has nothing to say about $(grep -c '^clang-tidy' "$log") sources"
+    "^$root/(?=$folders/).*${1:-}" >"$log" 2>&1; then
+    sources=$(grep -c '^clang-tidy' "$log" || true)
+    if ((sources == 0)); then
+        echo "check-tidy: no source's path matches '${1:-}'" >&2
+        exit 2
+    fi
+    echo "clang-tidy has nothing to say about $sources sources"
 else
     # The findings alone: not the command lines, not the counts of what was filtered.
     grep -vE '^(clang-tidy|\[[0-9]+/[0-9]+\]|[0-9]+ warnings? |Suppressed|Use -header-filter)' "$log" | awk 'NF'
