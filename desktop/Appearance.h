@@ -7,7 +7,7 @@ namespace Morvane::Desktop {
 /// What a person wants windows to look like.
 enum class Appearance { System, Light, Dark };
 
-/// The person's choice, which all windows share: "appearance" in corvel/windows.conf of the configuration
+/// The person's choice, which all windows share: "appearance" in corvel/windows.ini of the configuration
 /// folder. System where nothing was chosen.
 Appearance chosenAppearance();
 void chooseAppearance(Appearance appearance);

@@ -12,6 +12,9 @@ namespace {
 
 constexpr int lowerPriority = 5;
 
+/// Says who speaks where several programs share a terminal; a window needs it not.
+const QString programPrefix = "corvel: ";
+
 // Of the panel's own child only, after its birth.
 void lowerOwnPriority() {
     setpriority(PRIO_PROCESS, 0, lowerPriority);
@@ -50,12 +53,22 @@ void runCorvel(QObject* owner, const QStringList& arguments,
     auto* process = new QProcess(owner);
     QObject::connect(process, &QProcess::finished, owner,
                      [process, told](int code, QProcess::ExitStatus how) {
-                         const QByteArray errors = process->readAllStandardError().trimmed();
+                         const QString errors =
+                             QString::fromUtf8(process->readAllStandardError()).trimmed().section('\n', -1);
                          told(how == QProcess::NormalExit && code == 0, process->readAllStandardOutput(),
-                              QString::fromUtf8(errors.mid(errors.lastIndexOf('\n') + 1)));
+                              errors.mid(errors.startsWith(programPrefix) ? programPrefix.size() : 0));
                          process->deleteLater();
                      });
     startCorvel(*process, arguments);
+}
+
+// Asked rather than killed: nothing of theirs is left then.
+void endRuns(QObject* owner) {
+    for (QProcess* const process : owner->findChildren<QProcess*>(Qt::FindDirectChildrenOnly)) {
+        process->disconnect();
+        process->terminate();
+        process->waitForFinished();
+    }
 }
 
 }  // namespace Corvel::Panel

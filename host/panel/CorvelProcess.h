@@ -23,9 +23,12 @@ private:
 void startCorvel(QProcess& process, const QStringList& arguments);
 
 /// Runs corvel and tells its standard output and the text of its last error when it has ended. Belongs to
-/// `owner`, with which it is stopped.
+/// `owner`, whose destructor calls `endRuns`.
 void runCorvel(QObject* owner, const QStringList& arguments,
                const std::function<void(bool done, const QByteArray& output, const QString& error)>& told);
+
+/// Asks what `runCorvel` has running for `owner` to end and waits for that; nobody is told.
+void endRuns(QObject* owner);
 
 /// A message as corvel writes it with `--progress json`.
 struct Message {

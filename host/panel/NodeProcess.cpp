@@ -34,6 +34,7 @@ void NodeProcess::leave() {
     process->disconnect(this);
     connect(process, &QProcess::finished, process, &QObject::deleteLater);
     process->closeWriteChannel();
+    process = nullptr;
 }
 
 void NodeProcess::start(const QString& input, const QJsonObject& knobs) {
@@ -62,6 +63,8 @@ void NodeProcess::start(const QString& input, const QJsonObject& knobs) {
     connect(process, &QProcess::finished, this, [this] {
         awaiting = false;
         waiting.clear();
+        process->deleteLater();
+        process = nullptr;
         listener.died();
     });
     startCorvel(*process, input.isEmpty() ? QStringList{"node"} : QStringList{"node", input});

@@ -31,10 +31,11 @@ public:
 
     /// Sends the request when those before it are answered. Of several waiting values of one knob only the
     /// last one is sent.
+    /// REQUIRES: isThere().
     void request(const QJsonObject& request);
 
-    /// Whether an answer is awaited.
-    bool isBusy() const { return awaiting; }
+    /// Whether there is a node: one was started and has not died.
+    bool isThere() const { return process != nullptr; }
 
 private:
     void leave();

@@ -72,7 +72,7 @@ QWidget* PanelWindow::makeLeft() {
     area->setFocusPolicy(Qt::NoFocus);
     form = new KnobForm({.set =
                              [this](const QString& knob, const QString& value) {
-                                 node.request({{"do", "set"}, {"knob", knob}, {"value", value}});
+                                 request({{"do", "set"}, {"knob", knob}, {"value", value}});
                              },
                          .press = [this](const QString& knob) { press(knob); }},
                         letters, area);
@@ -104,6 +104,7 @@ void PanelWindow::chooseFile(QLineEdit& line, bool isOutput) {
     }
     line.setText(path);
     if (!isOutput) {
+        messages->clear();
         openInput();
     }
 }
@@ -112,7 +113,7 @@ void PanelWindow::makePresetRow(QFormLayout& rows) {
     presetList = new QComboBox(this);
     presetList->setPlaceholderText("choose …");
     connect(presetList, &QComboBox::activated, this, [this] {
-        node.request({{"do", "preset"}, {"name", presetList->currentText()}});
+        request({{"do", "preset"}, {"name", presetList->currentText()}});
         deleteButton->setEnabled(presetList->currentData().toBool());
     });
     auto* saveButton = new QPushButton("Sa&ve …", this);

@@ -30,10 +30,12 @@ QSettings settings() {
     return {QSettings::IniFormat, QSettings::UserScope, "corvel", "panel"};
 }
 
-// "shots/a.####.exr" becomes "shots/a.mov".
+// "shots/a.####.exr" becomes "shots/a.mov", and "shots/a.mov" becomes "shots/a-new.mov".
 QString outputFor(const QString& input) {
     const QFileInfo file(input);
-    return file.path() + "/" + file.fileName().section('.', 0, 0) + ".mov";
+    const QString start = file.path() + "/" + file.fileName().section('.', 0, 0);
+    const QString output = start + ".mov";
+    return output == file.path() + "/" + file.fileName() ? start + "-new.mov" : output;
 }
 
 QString timeText(double seconds) {
@@ -73,7 +75,6 @@ PanelWindow::PanelWindow(const QString& wanted)
             .died =
                 [this] {
                     tell({"error", "the node has ended; a change starts a new one"});
-                    dialogOpen = false;
                     left->setEnabled(true);
                     showBusiness("the node has ended");
                 }},
@@ -84,7 +85,7 @@ PanelWindow::PanelWindow(const QString& wanted)
                 nullptr),
       preview(
           [this](const QImage& image, const QString& failure) {
-              picture->show(image, input["pixel_aspect"].toDouble(1));
+              picture->show(image, input.value("pixel_aspect").toDouble(1));
               picture->say(failure);
           },
           nullptr) {
@@ -98,6 +99,7 @@ PanelWindow::PanelWindow(const QString& wanted)
     connect(inputLine, &QLineEdit::editingFinished, this, [this] {
         if (inputLine->isModified()) {
             inputLine->setModified(false);
+            messages->clear();
             openInput();
         }
     });
@@ -105,6 +107,7 @@ PanelWindow::PanelWindow(const QString& wanted)
 }
 
 PanelWindow::~PanelWindow() {
+    endRuns(this);
     QSettings remembered = settings();
     remembered.setValue("geometry", saveGeometry());
     remembered.setValue("splitter", splitter->saveState());
@@ -117,15 +120,23 @@ void PanelWindow::openInput() {
         knobs = QJsonDocument::fromJson(settings().value("knobs").toByteArray()).object();
     }
     showBusiness("opening");
+    showInput({});
     picture->say(inputLine->text().isEmpty() ? "" : "…");
     node.start(inputLine->text(), knobs);
+}
+
+// A node that has died is replaced by one with the same knobs when a person wants something of it.
+void PanelWindow::request(const QJsonObject& request) {
+    if (!node.isThere()) {
+        openInput();
+    }
+    node.request(request);
 }
 
 void PanelWindow::showState(const QJsonObject& state) {
     if (const QString error = state["error"].toString(); !error.isEmpty()) {
         tell({"error", error});
     }
-    dialogOpen = false;
     left->setEnabled(true);
     form->show(state["knobs"].toArray());
     showPresets(state["presets"].toArray());
@@ -138,30 +149,42 @@ void PanelWindow::showState(const QJsonObject& state) {
 }
 
 void PanelWindow::showInput(const QJsonObject& newInput) {
-    const bool other = newInput["path"] != input["path"];
+    const bool other = newInput["path"] != input.value("path");
     input = newInput;
     renderButton->setEnabled(!input.isEmpty() && !rendering.isRunning());
     if (!other) {
         return;
     }
+    showFrames();
+    facts->setText(input.isEmpty()
+                       ? ""
+                       : pictureText(input) + (input.value("alpha").toBool() ? " with alpha" : "") + "\n" +
+                             listed(input, {"rate", "timecode", "reel"}));
+    picture->show({}, 1);
+    if (!input.isEmpty()) {
+        deriveOutput();
+    }
+}
+
+void PanelWindow::showFrames() {
     const QSignalBlocker quietBox(frameBox);
     const QSignalBlocker quietSlider(frameSlider);
-    for (const int both : {0, 1}) {
-        const int first = input["first"].toInt();
-        const int last = input["last"].toInt();
-        both == 0 ? frameBox->setRange(first, last) : frameSlider->setRange(first, last);
-    }
-    frameBox->setValue(input["first"].toInt());
-    frameSlider->setValue(input["first"].toInt());
-    framesLine->setPlaceholderText(input.isEmpty() ? "all" : "all: " + input["frames"].toString());
-    facts->setText(input.isEmpty() ? ""
-                                   : pictureText(input) + (input["alpha"].toBool() ? " with alpha" : "") +
-                                         "\n" + listed(input, {"rate", "timecode", "reel"}));
-    if (outputLine->text().isEmpty() && !input.isEmpty()) {
-        outputLine->setText(outputFor(inputLine->text()));
-    }
-    if (input.isEmpty()) {
-        picture->show({}, 1);
+    const int first = input.value("first").toInt();
+    const int last = input.value("last").toInt();
+    frameBox->setRange(first, last);
+    frameBox->setValue(first);
+    frameSlider->setRange(first, last);
+    frameSlider->setValue(first);
+    frameBox->setEnabled(!input.isEmpty());
+    frameSlider->setEnabled(!input.isEmpty());
+    framesLine->setPlaceholderText(input.isEmpty() ? "all" : "all: " + input.value("frames").toString());
+}
+
+// What a person has written there stays.
+void PanelWindow::deriveOutput() {
+    if (outputLine->text().isEmpty() || outputLine->text() == derivedOutput) {
+        derivedOutput = outputFor(inputLine->text());
+        outputLine->setText(derivedOutput);
     }
 }
 
@@ -178,16 +201,15 @@ void PanelWindow::showPresets(const QJsonArray& presets) {
 }
 
 void PanelWindow::press(const QString& knob) {
-    dialogOpen = true;
+    request({{"do", "press"}, {"knob", knob}});
     left->setEnabled(false);
     showBusiness("settings dialog");
-    node.request({{"do", "press"}, {"knob", knob}});
 }
 
 void PanelWindow::savePreset() {
     const QString name = QInputDialog::getText(this, "Save preset", "Name:");
     if (!name.isEmpty()) {
-        node.request({{"do", "save"}, {"name", name}});
+        request({{"do", "save"}, {"name", name}});
     }
 }
 
@@ -196,14 +218,14 @@ void PanelWindow::deletePreset() {
     if (QMessageBox::question(this, "Delete preset", QString("Delete the preset “%1”?").arg(name)) ==
         QMessageBox::Yes) {
         presetList->setCurrentIndex(-1);
-        node.request({{"do", "delete"}, {"name", name}});
+        request({{"do", "delete"}, {"name", name}});
     }
 }
 
 void PanelWindow::wantPreview() {
     if (!input.isEmpty() && !rendering.isRunning()) {
         const QStringList frame{"--frames", QString::number(frameBox->value())};
-        preview.encode(QStringList{input["path"].toString()} + frame + form->renderOptions());
+        preview.encode(QStringList{input.value("path").toString()} + frame + form->renderOptions());
     }
 }
 
@@ -214,7 +236,7 @@ bool PanelWindow::mayReplace(const QString& path) {
 
 void PanelWindow::render() {
     const QString output = outputLine->text();
-    QStringList arguments{input["path"].toString(), "-o", output};
+    QStringList arguments{input.value("path").toString(), "-o", output};
     if (QFileInfo::exists(output)) {
         if (!mayReplace(output)) {
             return;
@@ -278,6 +300,9 @@ void PanelWindow::showMovie(const QString& movie) {
 
 void PanelWindow::tell(const Message& message) {
     messages->appendPlainText((message.level == "warning" ? "Warning: " : "") + message.text);
+    if (input.isEmpty() && message.level == "error") {
+        picture->say(message.text);  // in place of the picture that could not be had
+    }
 }
 
 void PanelWindow::showBusiness(const QString& what) {

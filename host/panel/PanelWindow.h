@@ -45,8 +45,11 @@ private:
 
     // What happens, in PanelWindow.cpp.
     void openInput();
+    void request(const QJsonObject& request);
     void showState(const QJsonObject& state);
-    void showInput(const QJsonObject& facts);
+    void showInput(const QJsonObject& newInput);
+    void showFrames();
+    void deriveOutput();
     void showPresets(const QJsonArray& presets);
     void press(const QString& knob);
     void savePreset();
@@ -79,8 +82,8 @@ private:
     QPushButton* renderButton = nullptr;
     QPushButton* cancelButton = nullptr;
 
-    QJsonObject input;  ///< what the node says of it; empty where there is none
-    bool dialogOpen = false;
+    QJsonObject input;      ///< what the node says of it; empty where there is none
+    QString derivedOutput;  ///< what the output became when an input was opened
     NodeProcess node;
     RenderProcess rendering;
     Preview preview;

@@ -21,6 +21,7 @@ PictureView::PictureView(QWidget* parent) : QWidget(parent) {
 
 void PictureView::show(const QImage& shown, double pixelAspect) {
     picture = shown;
+    scaled = {};
     aspect = pixelAspect > 0 ? pixelAspect : 1;
     text.clear();
     update();
@@ -38,6 +39,13 @@ QRect PictureView::placeOfPicture() const {
     return {(width() - whole.width()) / 2, (height() - whole.height()) / 2, whole.width(), whole.height()};
 }
 
+void PictureView::scalePicture(const QSize& pixels) {
+    if (scaled.size() != pixels) {
+        scaled = QPixmap::fromImage(picture.scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation));
+        scaled.setDevicePixelRatio(devicePixelRatio());
+    }
+}
+
 void PictureView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), surroundings);
@@ -52,8 +60,8 @@ void PictureView::paintEvent(QPaintEvent*) {
                 }
             }
         }
-        painter.setRenderHint(QPainter::SmoothPixmapTransform);
-        painter.drawImage(place, picture);
+        scalePicture(place.size() * devicePixelRatio());
+        painter.drawPixmap(place.topLeft(), scaled);
     }
     if (!text.isEmpty()) {
         painter.setPen(Qt::white);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QPixmap>
 #include <QWidget>
 
 namespace Corvel::Panel {
@@ -23,8 +24,10 @@ protected:
 
 private:
     QRect placeOfPicture() const;
+    void scalePicture(const QSize& pixels);
 
     QImage picture;
+    QPixmap scaled;  ///< the picture in the window's own pixels, so that a repaint only copies
     double aspect = 1;
     QString text;
 };

@@ -1,6 +1,5 @@
 #include "host/panel/Preview.h"
 
-#include <QFile>
 #include <QImageReader>
 #include <chrono>
 #include <utility>
@@ -30,6 +29,10 @@ QImage readPicture(const QString& path) {
 Preview::Preview(Told listener, QObject* parent) : QObject(parent), told(std::move(listener)) {
     settled.setSingleShot(true);
     connect(&settled, &QTimer::timeout, this, [this] { begin(); });
+}
+
+Preview::~Preview() {
+    endRuns(this);
 }
 
 void Preview::encode(const QStringList& arguments) {
@@ -70,7 +73,21 @@ void Preview::decode(const QString& movie) {
     const QString path = folder.filePath("frame.png");
     const QStringList arguments{"render", movie, "-o", path, "-y", "--frames", "1", "--progress", "none"};
     runCorvel(this, arguments, [this, path](bool done, const QByteArray&, const QString& error) {
-        end(done ? readPicture(path) : QImage(), error);
+        if (done) {
+            read(path);
+        } else {
+            end({}, error);
+        }
+    });
+}
+
+// On a thread of its own: a picture of 8K takes longer to unpack than a window may stand still.
+void Preview::read(const QString& path) {
+    reader.start([this, path] {
+        const QImage picture = readPicture(path);
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): the library keeps the call and frees it.
+        QMetaObject::invokeMethod(
+            this, [this, picture] { end(picture, "the frame could not be shown"); }, Qt::QueuedConnection);
     });
 }
 

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QStringList>
 #include <QTemporaryDir>
+#include <QThreadPool>
 #include <QTimer>
 #include <functional>
 #include <optional>
@@ -18,6 +19,8 @@ public:
     using Told = std::function<void(const QImage& picture, const QString& failure)>;
 
     Preview(Told told, QObject* parent);
+    /// Has what is being encoded end, and waits for that.
+    ~Preview() override;
 
     /// A frame of a movie that is still to be made: `arguments` of `corvel render`, without its output.
     void encode(const QStringList& arguments);
@@ -33,6 +36,7 @@ private:
     void want(const Wish& wish);
     void begin();
     void decode(const QString& movie);
+    void read(const QString& path);
     void end(const QImage& picture, const QString& failure);
 
     const Told told;
@@ -40,6 +44,7 @@ private:
     QTimer settled;
     std::optional<Wish> wish;
     bool working = false;
+    QThreadPool reader;  ///< the last member: what it still runs uses the others
 };
 
 }  // namespace Corvel::Panel

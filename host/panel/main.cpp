@@ -5,6 +5,7 @@
 #include "desktop/Appearance.h"
 #include "desktop/DisplayServer.h"
 #include "host/panel/PanelWindow.h"
+#include "host/panel/QuitSignals.h"
 
 int main(int argc, char** argv) {
     using namespace Morvane;
@@ -22,5 +23,6 @@ int main(int argc, char** argv) {
     const QStringList arguments = QApplication::arguments();
     Corvel::Panel::PanelWindow window(arguments.value(1));
     window.show();
+    const Corvel::Panel::QuitSignals quitSignals;
     return QApplication::exec();
 }

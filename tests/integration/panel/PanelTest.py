@@ -32,7 +32,10 @@ class PanelTest(unittest.TestCase):
         self.display = VirtualDisplay()
         self.addCleanup(self.display.close)
         self.folder = pathlib.Path(self.display.folder.name)
-        self.environment = {**self.display.environment, "CORVEL_TEMP_DIR": str(self.folder)}
+        self.scratch = self.folder / "scratch"
+        self.scratch.mkdir()
+        self.environment = {**self.display.environment, "CORVEL_TEMP_DIR": str(self.folder),
+                            "TMPDIR": str(self.scratch)}
         for frame in range(1001, 1005):
             shutil.copy(BALL / f"ball.{frame}.exr", self.folder)
         self.movie = self.folder / "ball.mov"
@@ -146,6 +149,44 @@ class PanelTest(unittest.TestCase):
         self.panel.send_signal(signal.SIGKILL)
         self.panel.wait()
         wait_for("the end of the dialog", lambda: dialog not in self.display.titles().values())
+
+    def test_a_panel_that_is_told_to_end_leaves_nothing(self):
+        self.open(self.folder / "ball.####.exr")
+        self.assertNotEqual(list(self.scratch.iterdir()), [])
+        self.panel.terminate()
+        self.assertEqual(self.panel.wait(), 0)
+        self.assertEqual(list(self.scratch.iterdir()), [])
+
+    def test_a_panel_that_is_told_to_end_while_it_renders_leaves_nothing_half_done(self):
+        window = self.open(self.folder / "ball.####.exr")
+        before = {file.name for file in self.folder.iterdir()}
+        self.display.keys(window, "alt+r")
+        wait_for("the render's beginning", lambda: READY not in self.display.titles().values())
+        self.panel.terminate()
+        self.assertEqual(self.panel.wait(), 0)
+        after = {file.name for file in self.folder.iterdir()} - before
+        self.assertLessEqual(after, {self.movie.name})
+        if after:
+            self.assertEqual(streams(self.movie)[0]["codec_name"], "mjpeg")
+        self.assertEqual(list(self.scratch.iterdir()), [])
+
+    def test_an_input_that_cannot_be_opened_is_none(self):
+        window = self.open(self.folder / "none.####.exr", title="Corvel: no input")
+        self.display.keys(window, "alt+i", "ctrl+a")
+        self.display.type(window, f"{self.folder}/ball.####.exr\t")
+        self.display.window(READY)
+
+    def test_a_node_that_has_died_is_replaced(self):
+        window = self.open(self.folder / "ball.####.exr")
+        self.display.keys(window, "alt+q", "n")
+        self.wait_for_knob("quality", "2")
+        node = subprocess.run(["pgrep", "-P", str(self.panel.pid), "-f", "corvel node"], capture_output=True,
+                              text=True, check=True)
+        os.kill(int(node.stdout.split()[0]), signal.SIGKILL)
+        self.display.window("Corvel: the node has ended")
+        self.display.keys(window, "alt+w")
+        self.wait_for_knob("writeTimeCode", "on")
+        self.assertEqual(self.remembered()["quality"], "2")
 
     def test_without_a_display_it_says_so(self):
         environment = {name: value for name, value in self.environment.items() if name != "DISPLAY"}
