@@ -18,12 +18,11 @@ Window overlapOf(const Window& one, const Window& other) {
 }
 
 void Picture::reset(int width, int height, int channels) {
-    const std::size_t needed = bytes(width, height, channels) / sizeof(float);
+    const std::size_t needed = bytes(width, height, channels);
     if (needed > capacity) {
-        samples.reset();
+        memory.reset();
         capacity = 0;
-        // Not make_unique: that would write every page once before the reader does.
-        samples.reset(new float[needed]);
+        memory = Morvane::Platform::allocateLarge(needed);
         capacity = needed;
     }
     width_ = width;
@@ -32,7 +31,7 @@ void Picture::reset(int width, int height, int channels) {
 }
 
 void Picture::clear() {
-    std::fill_n(samples.get(), planeStride() * static_cast<std::size_t>(channels_), 0.0f);
+    std::fill_n(samples(), planeStride() * static_cast<std::size_t>(channels_), 0.0f);
 }
 
 std::size_t Picture::bytes(int width, int height, int channels) {

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <memory>
+
+#include "platform/LargeMemory.h"
 
 namespace Corvel {
 
@@ -41,8 +42,8 @@ public:
 
     /// The first sample of a row of one channel (0 red, 1 green, 2 blue, 3 alpha), `width()` floats; row 0 is
     /// the top one. Valid until the next `reset`.
-    float* row(int channel, int y) { return samples.get() + offset(channel, y); }
-    const float* row(int channel, int y) const { return samples.get() + offset(channel, y); }
+    float* row(int channel, int y) { return samples() + offset(channel, y); }
+    const float* row(int channel, int y) const { return samples() + offset(channel, y); }
 
     /// Number of floats from one row of a channel to the next, and from one channel to the next.
     std::size_t rowStride() const { return static_cast<std::size_t>(width_); }
@@ -59,8 +60,10 @@ private:
         return static_cast<std::size_t>(channel) * planeStride() + static_cast<std::size_t>(y) * rowStride();
     }
 
-    std::unique_ptr<float[]> samples;
-    std::size_t capacity = 0;  // floats
+    float* samples() const { return reinterpret_cast<float*>(memory.get()); }
+
+    Morvane::Platform::LargeMemory memory;
+    std::size_t capacity = 0;  // bytes
     int width_ = 0;
     int height_ = 0;
     int channels_ = 0;
