@@ -2,14 +2,13 @@
 
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <string>
 #include <vector>
 
 #include "Kex/Image/Write.h"
 #include "Kex/Image/Writer.h"
+#include "benches/parts/MedianOf.h"
 
 namespace {
 
@@ -53,14 +52,6 @@ std::vector<float> noise(std::size_t count) {
     return samples;
 }
 
-/// Processor time, so that other programs on the machine count less.
-template <typename Work>
-double seconds(Work work) {
-    const std::clock_t start = std::clock();
-    work();
-    return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-}
-
 /// Copy and conversion take turns, so that both see the same machine. Counters: the median of each in
 /// milliseconds, and conversion as a multiple of the copy.
 void toFloat(benchmark::State& state) {
@@ -77,21 +68,17 @@ void toFloat(benchmark::State& state) {
     std::vector<double> copies;
     std::vector<double> conversions;
     for ([[maybe_unused]] const auto turn : state) {
-        copies.push_back(seconds([&] {
+        copies.push_back(processorSeconds([&] {
             std::memcpy(pixels.data(), planes.data(), planes.size() * sizeof(float));
             benchmark::ClobberMemory();
         }));
-        conversions.push_back(seconds([&] { writer.convert(pixels.data(), planes.data(), width, height); }));
+        conversions.push_back(
+            processorSeconds([&] { writer.convert(pixels.data(), planes.data(), width, height); }));
         state.SetIterationTime(conversions.back());
     }
-    const auto median = [](std::vector<double>& times) {
-        std::nth_element(times.begin(), times.begin() + static_cast<std::ptrdiff_t>(times.size() / 2),
-                         times.end());
-        return times[times.size() / 2];
-    };
-    state.counters["memcpy_ms"] = median(copies) * 1e3;
-    state.counters["to_float_ms"] = median(conversions) * 1e3;
-    state.counters["times_memcpy"] = median(conversions) / median(copies);
+    state.counters["memcpy_ms"] = medianOf(copies) * 1e3;
+    state.counters["to_float_ms"] = medianOf(conversions) * 1e3;
+    state.counters["times_memcpy"] = medianOf(conversions) / medianOf(copies);
 }
 
 }  // namespace
