@@ -58,8 +58,8 @@ void* hintForLargePages(std::uint64_t length) {
         return nullptr;
     }
     munmap(place, room);
-    const auto start = reinterpret_cast<std::uintptr_t>(place);
-    return reinterpret_cast<void*>((start + largePage - 1) / largePage * largePage);
+    const std::uint64_t beyond = reinterpret_cast<std::uintptr_t>(place) % largePage;
+    return static_cast<char*>(place) + (largePage - beyond) % largePage;
 }
 
 void gatherIntoLargePages(void* address, std::uint64_t length) {
