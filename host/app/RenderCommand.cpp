@@ -2,11 +2,11 @@
 #include <spdlog/spdlog.h>
 
 #include <chrono>
-#include <cstdio>
 #include <optional>
 
 #include "host/app/Command.h"
 #include "host/app/FrameOptions.h"
+#include "host/app/GeometryOptions.h"
 #include "host/app/KnobOptions.h"
 #include "host/app/SoundCheck.h"
 #include "host/app/StartUp.h"
@@ -35,30 +35,6 @@ constexpr const char* footer =
     "Exit codes: 0 done, 1 the Write node reported an error, 2 usage, 3 an input is missing or unreadable, 4 "
     "the\n"
     "QuickTime helper is missing or died, 130 interrupted.";
-
-// "1920x1080" or "720x576:1.0667"; an aspect may be a fraction, "720x576:16/15".
-FormatRequest parseFormat(const std::string& text) {
-    FormatRequest format;
-    double aspect = 0, divisor = 1;
-    int end = 0;
-    const auto all = [&] { return end == static_cast<int>(text.size()); };
-    const char* const chars = text.c_str();
-    bool good = std::sscanf(chars, "%dx%d%n", &format.width, &format.height, &end) == 2 && all();
-    if (!good &&
-        ((std::sscanf(chars, "%dx%d:%lf%n", &format.width, &format.height, &aspect, &end) == 3 && all()) ||
-         (std::sscanf(chars, "%dx%d:%lf/%lf%n", &format.width, &format.height, &aspect, &divisor, &end) ==
-              4 &&
-          all()))) {
-        format.pixelAspect = aspect / divisor;
-        good = *format.pixelAspect >= 0.01 && *format.pixelAspect <= 100;
-    }
-    if (!good || format.width < 1 || format.height < 1 || format.width > 65536 || format.height > 65536) {
-        throw CLI::ValidationError("--format", fmt::format("\"{}\" is not of the form WIDTHxHEIGHT or "
-                                                           "WIDTHxHEIGHT:PIXELASPECT",
-                                                           text));
-    }
-    return format;
-}
 
 std::pair<std::string, std::string> parsePair(const std::string& text) {
     const std::size_t equals = text.find('=');
@@ -99,6 +75,7 @@ void RenderCommand::declare(CLI::App& app) {
                  "Show the codec's own settings dialog first, once all other settings are made")
         ->group("Codec");
     declarePicture(app);
+    declareGeometryOptions(app, request.format, request.geometry);
     declareMetadata(app);
     declareRunning(app);
     app.footer(footer);
@@ -124,12 +101,6 @@ void RenderCommand::declarePicture(CLI::App& app) {
     app.add_option("--channels", request.channels, "rgb or rgba (default: what the input has)")
         ->transform(CLI::CheckedTransformer(channels, CLI::ignore_case).description(""))
         ->type_name("WHICH")
-        ->group(group);
-    app.add_option_function<std::string>(
-           "--format", [this](const std::string& text) { request.format = parseFormat(text); },
-           "Size and pixel aspect of the movie; pictures keep their lower left corner (default: the first "
-           "frame's)")
-        ->type_name("WxH[:ASPECT]")
         ->group(group);
     const std::string curves = curveNames();
     app.add_option("--lut", request.lut,

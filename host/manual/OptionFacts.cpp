@@ -16,6 +16,8 @@ const std::map<std::string, std::vector<std::string>>& wordsOfOptions() {
         {"--channels", {"rgb", "rgba"}},
         {"--lut", {"linear", "rec709", "gamma1.8", "gamma2.2", "gamma2.4", "cineon", "srgb"}},
         {"--input-lut", {"linear", "rec709", "gamma1.8", "gamma2.2", "gamma2.4", "cineon", "srgb"}},
+        {"--fit", {"inside", "fill", "stretch", "crop"}},
+        {"--filter", {"nearest", "box", "triangle", "mitchell", "catmull-rom", "lanczos"}},
         {"--progress", {"bar", "plain", "json", "none"}},
     };
     return words;

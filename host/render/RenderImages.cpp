@@ -80,7 +80,7 @@ private:
 
 Exit ImageRun::run() {
     reporter.start(
-        {static_cast<int>(plan.frames.size()), plan.picture.width, plan.picture.height, request.output});
+        {static_cast<int>(plan.frames.size()), plan.format.width(), plan.format.height(), request.output});
     Exit outcome = Exit::Done;
     try {
         writeFrames();
@@ -139,7 +139,7 @@ void ImageRun::write(const ReadAhead::Frame& frame) {
     const std::string path = pattern ? pattern->pathOf(number) : request.output;
     // The picture is lent until the next frame only.
     Picture picture;
-    picture.reset(plan.picture.width, plan.picture.height, plan.depth);
+    picture.reset(plan.format.width(), plan.format.height(), plan.depth);
     picture.clear();
     for (int channel = 0; frame.picture != nullptr && channel < picture.channels(); ++channel) {
         for (int y = 0; y < std::min(picture.height(), frame.picture->height()); ++y) {
@@ -215,10 +215,8 @@ void checkOptions(const RenderRequest& request, const RenderPlan& plan) {
     if (!request.knobs.empty() || request.advanced) {
         throw Failure(Exit::Usage, "images have no codec settings; leave the Write node's options out");
     }
-    if (request.format || !request.lut.empty()) {
-        throw Failure(Exit::Usage,
-                      "images keep their size and their file format's own curve; leave --format and "
-                      "--lut out");
+    if (!request.lut.empty()) {
+        throw Failure(Exit::Usage, "images have their file format's own curve; leave --lut out");
     }
 }
 
@@ -237,8 +235,8 @@ Exit renderImages(const RenderRequest& request, const RenderPlan& plan, HelperSe
                                                request.output, plan.frames.size()));
     }
     if (request.dryRun) {
-        fmt::print("would write {} frames of {} x {} pixels as {}\n", plan.frames.size(), plan.picture.width,
-                   plan.picture.height, request.output);
+        fmt::print("would write {} frames of {} x {} pixels as {}\n", plan.frames.size(), plan.format.width(),
+                   plan.format.height(), request.output);
         reporter.end({});
         return Exit::Done;
     }

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 #include <thread>
 
 #include "Kex/Image/LUT.h"
@@ -16,6 +15,7 @@
 #include "host/movies/MovieSource.h"
 #include "host/render/Curves.h"
 #include "host/render/Failure.h"
+#include "host/render/PictureSteps.h"
 
 namespace Corvel {
 namespace {
@@ -47,19 +47,6 @@ void checkOutput(const std::string& output, bool overwrite) {
     } else if (std::filesystem::exists(std::filesystem::symlink_status(path, error)) && !overwrite) {
         throw Failure(Exit::Usage, fmt::format("{} exists already; -y replaces it", output));
     }
-}
-
-Kex::Image::Format formatOf(const PictureHeader& header, const std::optional<FormatRequest>& wanted) {
-    Kex::Image::Format format(header.display.width, header.display.height, header.pixelAspect);
-    if (wanted) {
-        format = {wanted->width, wanted->height, wanted->pixelAspect.value_or(header.pixelAspect)};
-    }
-    if (frameBytes(format) > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
-        throw Failure(Exit::InputUnreadable,
-                      fmt::format("a picture of {} x {} pixels takes more than 2 GiB as floats",
-                                  format.width(), format.height()));
-    }
-    return format;
 }
 
 // The first frame of the movie that is a frame of the input.
@@ -100,7 +87,9 @@ ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan
     const unsigned threads =
         request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1u);
     // Reading a file takes as much scratch memory as its picture.
-    const std::size_t pictureBytes = 2 * Picture::bytes(plan.picture.width, plan.picture.height, 4);
+    const std::size_t pictureBytes =
+        2 * std::max(Picture::bytes(plan.picture.width, plan.picture.height, 4),
+                     Picture::bytes(plan.format.width(), plan.format.height(), 4));
     return ReadAhead::limitsFor(std::min(threads, plan.source->mostReaders()), pictureBytes, readAheadBytes);
 }
 
@@ -116,11 +105,12 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
     const std::size_t first = firstRealFrame(plan.frames);
     const PictureHeader header = plan.source->header(*plan.frames[first].source);
     plan.picture = {0, 0, header.display.width, header.display.height};
-    plan.format = formatOf(header, request.format);
+    plan.format = formatFor(request, header);
     plan.depth = request.channels.value_or(header.hasAlpha ? 4 : 3);
     plan.metadata = header.metadata;
     plan.timecodeLead = static_cast<int>(first);
     addRequested(request, plan);
+    plan.steps = stepsFor(request, header, plan);
     return plan;
 }
 

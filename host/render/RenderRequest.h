@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/geometry/GeometryRequest.h"
 #include "host/render/FramePlan.h"
 
 namespace Corvel {
@@ -32,6 +33,7 @@ struct RenderRequest {
     FrameOrder order;
     std::optional<int> channels;  ///< 3 or 4
     std::optional<FormatRequest> format;
+    GeometryRequest geometry;
     std::string lut;       ///< name of the curve of the movie's values; empty for the writer's own
     std::string inputLut;  ///< name of the curve of the input's values; empty for the files' own statement
     bool overwrite = false;
