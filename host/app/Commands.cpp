@@ -14,6 +14,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(playCommand());
     commands.push_back(doctorCommand());
     commands.push_back(recoverCommand());
+    commands.push_back(joinCommand());
     commands.push_back(conformanceCommand());
     commands.push_back(nodeCommand());
     return commands;

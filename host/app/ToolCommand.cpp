@@ -1,13 +1,9 @@
-#include <fmt/format.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "host/app/Command.h"
-#include "host/render/Bundle.h"
+#include "host/app/Tool.h"
 
 namespace Corvel {
 namespace {
@@ -41,15 +37,11 @@ public:
     }
 
     Exit run(Session&) override {
-        const std::string program = Bundle().contents() + "/Resources/" + tool.program;
-        std::vector<const char*> arguments{program.c_str()};
-        arguments.insert(arguments.end(), tool.arguments.begin(), tool.arguments.end());
+        std::vector<std::string> arguments(tool.arguments.begin(), tool.arguments.end());
         if (!operand.empty()) {
-            arguments.push_back(operand.c_str());
+            arguments.push_back(operand);
         }
-        arguments.push_back(nullptr);
-        execv(program.c_str(), const_cast<char* const*>(arguments.data()));
-        throw Failure(Exit::HelperFailed, fmt::format("cannot start {}: {}", program, std::strerror(errno)));
+        becomeTool(tool.program, arguments);
     }
 
 private:

@@ -27,7 +27,7 @@ struct Range {
 
 void checkIndex(const std::string& path, const MovieIndex& index, const Bytes& moov,
                 std::int64_t indexOffset) {
-    const OutputFile file = OutputFile::open(path);
+    const OutputFile file = OutputFile::openToRead(path);
     std::vector<Range> media;
     bool indexFound = false;
     TopLevelAtoms atoms(file);

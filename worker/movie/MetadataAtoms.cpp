@@ -74,6 +74,10 @@ std::uint32_t userDataType(const std::string& key, const std::string& value) {
 
 using Item = std::pair<std::string, std::string>;
 
+std::string textOf(ByteView bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
 void writeUserData(AtomWriter& out, const std::vector<Item>& items) {
     out.atom(atomType("udta"), [&] {
         for (const Item& item : items) {
@@ -135,6 +139,39 @@ Bytes writeMetadataAtoms(const Metadata& metadata) {
         writeMetadataItems(out, items);
     }
     return out.take();
+}
+
+Metadata readMetadata(ByteView moov) {
+    const ByteView movie = requireAtom(moov, {atomType("moov")}).body;
+    Metadata metadata;
+    if (const std::optional<Atom> userData = findAtom(movie, {atomType("udta")})) {
+        for (const Atom& atom : childAtoms(userData->body)) {
+            const auto known = std::find_if(userDataTypes.begin(), userDataTypes.end(),
+                                            [&](const auto& entry) { return atom.type == entry.second; });
+            if (known != userDataTypes.end()) {
+                AtomCursor text(atom.body);
+                const std::size_t length = text.u16();
+                text.u16();
+                metadata[known->first] = textOf(text.take(length));
+            }
+        }
+    }
+    const std::optional<Atom> keys = findAtom(movie, {atomType("meta"), atomType("keys")});
+    const std::optional<Atom> values = findAtom(movie, {atomType("meta"), atomType("ilst")});
+    if (keys && values) {
+        AtomCursor table(keys->body);
+        table.take(8);
+        const std::vector<Atom> names = childAtoms(table.take(table.remaining()));
+        for (const Atom& value : childAtoms(values->body)) {
+            const std::optional<Atom> data = findAtom(value.body, {atomType("data")});
+            if (data && value.type >= 1 && value.type <= names.size()) {
+                AtomCursor text(data->body);
+                text.take(8);
+                metadata[textOf(names[value.type - 1].body)] = textOf(text.take(text.remaining()));
+            }
+        }
+    }
+    return metadata;
 }
 
 Bytes copyMetadataAtoms(ByteView moov) {

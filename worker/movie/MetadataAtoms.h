@@ -11,6 +11,9 @@ namespace Morvane::Worker {
 /// unless given.
 Bytes writeMetadataAtoms(const Metadata& metadata);
 
+/// What writeMetadataAtoms wrote into a `moov` atom. Other atoms in `udta` and `meta` are skipped.
+Metadata readMetadata(ByteView moov);
+
 /// The `udta` and `meta` atoms of a `moov` atom, as they are.
 Bytes copyMetadataAtoms(ByteView moov);
 

@@ -6,13 +6,10 @@
 #include "worker/movie/OrdinaryMovie.h"
 #include "worker/movie/SoundMedia.h"
 #include "worker/movie/TimecodeMedia.h"
-#include "worker/sound/SoundFile.h"
 
 #include <fmt/core.h>
 
-#include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <condition_variable>
 #include <mutex>
 #include <new>
@@ -31,30 +28,6 @@ const MovieFile::Options& checked(const MovieFile::Options& options) {
         checkTimecode(*options.provisionalTimecode);
     }
     return options;
-}
-
-std::int64_t offsetInFrames(double seconds, std::uint32_t sampleRate, const std::string& audioPath) {
-    if (!(std::fabs(seconds) <= latestSoundSeconds)) {
-        throw StatusError(Status::BadArgument,
-                          fmt::format("cannot add {} at {} s: beyond 24 hours", audioPath, seconds));
-    }
-    return std::llround(seconds * sampleRate);
-}
-
-/// Everything that `sound` holds, `position` sample frames after the movie's start.
-IndexTrack writeSound(SoundFile& sound, std::int64_t position, const AppendMedia& append) {
-    const std::size_t frameBytes = sound.format().bytesPerFrame();
-    SoundTrackWriter track(sound.format(), append);
-    track.addSilence(position);
-    std::int64_t dropped = std::max<std::int64_t>(0, -position);
-    Bytes block;
-    while (sound.read(block)) {
-        const std::int64_t frames = static_cast<std::int64_t>(block.size() / frameBytes);
-        const std::int64_t early = std::min(dropped, frames);
-        track.add(ByteView(block).subspan(static_cast<std::size_t>(early) * frameBytes));
-        dropped -= early;
-    }
-    return track.finish();
 }
 
 }  // namespace
@@ -102,21 +75,12 @@ public:
     }
 
     void addAudioFile(const std::string& audioPath, double offsetSeconds) {
-        SoundFile sound(audioPath);
-        const std::int64_t position =
-            sound.startDelay() + offsetInFrames(offsetSeconds, sound.format().sampleRate, audioPath);
         std::unique_lock lock(mutex);
         const std::int64_t end = movie.end();
         const std::int64_t packets = movie.packets();
         lock.unlock();
         try {
-            IndexTrack track = writeSound(sound, position, appender());
-            if (track.samples.sampleCount() == 0) {
-                throw StatusError(
-                    Status::BadArgument,
-                    fmt::format("nothing is left of the sound of {} at {} s", audioPath, offsetSeconds));
-            }
-            addSound(std::move(track));
+            addSound(writeSoundFile(audioPath, offsetSeconds, appender()));
         } catch (const StatusError&) {
             lock.lock();
             if (movie.packets() == packets && movie.waitingBytes() == 0) {

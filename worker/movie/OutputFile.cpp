@@ -24,7 +24,7 @@ namespace {
 
 /// O_NONBLOCK: opening a pipe that nobody reads must not hang before it is refused.
 int openRegular(const char* what, const std::string& path, int flags) {
-    const int descriptor = ::open(path.c_str(), flags | O_RDWR | O_CLOEXEC | O_NONBLOCK, 0666);
+    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
     if (descriptor < 0) {
         failed(what, path, errno);
     }
@@ -47,13 +47,17 @@ OutputFile OutputFile::create(const std::string& path, ExistingFile existing) {
         failed("create", path, errno);
     }
     // O_CREAT again: a link that leads nowhere exists, and so does not what it names.
-    OutputFile file(path, openRegular("create", path, O_CREAT));
+    OutputFile file(path, openRegular("create", path, O_CREAT | O_RDWR));
     file.truncate(0);
     return file;
 }
 
 OutputFile OutputFile::open(const std::string& path) {
-    return {path, openRegular("open", path, 0)};
+    return {path, openRegular("open", path, O_RDWR)};
+}
+
+OutputFile OutputFile::openToRead(const std::string& path) {
+    return {path, openRegular("open", path, O_RDONLY)};
 }
 
 OutputFile::OutputFile(OutputFile&& other) noexcept

@@ -17,6 +17,8 @@ public:
     static OutputFile create(const std::string& path, ExistingFile existing);
     /// Opens an existing file. Throws NotFound, NoPermission, BadArgument (not a regular file).
     static OutputFile open(const std::string& path);
+    /// The same, for reading only.
+    static OutputFile openToRead(const std::string& path);
 
     OutputFile(OutputFile&& other) noexcept;
     OutputFile& operator=(OutputFile&& other) noexcept;

@@ -3,6 +3,7 @@
 #include "worker/Status.h"
 #include "worker/movie/AtomReader.h"
 #include "worker/sound/ByteOrder.h"
+#include "worker/sound/SoundFile.h"
 
 #include <fmt/core.h>
 
@@ -12,6 +13,7 @@ extern "C" {
 }
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <memory>
 
@@ -126,6 +128,34 @@ void SoundTrackWriter::flush() {
     track.samples.addUniform(offset, static_cast<std::uint32_t>(pending.size() / format.bytesPerFrame()),
                              format.bytesPerFrame());
     pending.clear();
+}
+
+IndexTrack writeSoundFile(const std::string& audioPath, double offsetSeconds, const AppendMedia& append) {
+    SoundFile sound(audioPath);
+    if (!(std::fabs(offsetSeconds) <= latestSoundSeconds)) {
+        throw StatusError(Status::BadArgument,
+                          fmt::format("cannot add {} at {} s: beyond 24 hours", audioPath, offsetSeconds));
+    }
+    const std::int64_t position =
+        sound.startDelay() + std::llround(offsetSeconds * sound.format().sampleRate);
+    const std::size_t frameBytes = sound.format().bytesPerFrame();
+    SoundTrackWriter track(sound.format(), append);
+    track.addSilence(position);
+    std::int64_t dropped = std::max<std::int64_t>(0, -position);
+    Bytes block;
+    bool kept = false;
+    while (sound.read(block)) {
+        const auto frames = static_cast<std::int64_t>(block.size() / frameBytes);
+        const std::int64_t early = std::min(dropped, frames);
+        track.add(ByteView(block).subspan(static_cast<std::size_t>(early) * frameBytes));
+        dropped -= early;
+        kept = kept || early < frames;
+    }
+    if (!kept) {
+        throw StatusError(Status::BadArgument, fmt::format("nothing is left of the sound of {} at {} s",
+                                                           audioPath, offsetSeconds));
+    }
+    return track.finish();
 }
 
 PositionedSound::PositionedSound(const SampleFormat& sampleFormat, AppendMedia appendMedia)

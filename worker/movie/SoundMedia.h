@@ -39,6 +39,10 @@ private:
     Bytes pending;
 };
 
+/// Everything that the sound file at `audioPath` holds, as MovieFile::addAudioFile says. The file is opened
+/// before anything is appended.
+IndexTrack writeSoundFile(const std::string& audioPath, double offsetSeconds, const AppendMedia& append);
+
 /// A sound track whose blocks come from a host in any order, each with its position.
 class PositionedSound {
 public:

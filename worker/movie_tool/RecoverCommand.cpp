@@ -1,9 +1,8 @@
 #include "worker/movie/Recovery.h"
 #include "worker/movie_tool/Commands.h"
+#include "worker/movie_tool/RateText.h"
 
 #include <fmt/core.h>
-
-#include <cmath>
 
 namespace Morvane::Worker {
 
@@ -13,12 +12,6 @@ std::string timecodeText(const TimecodeTrack& timecode) {
     const std::int64_t frames = timecode.startFrame % timecode.framesPerSecond;
     const std::int64_t seconds = timecode.startFrame / timecode.framesPerSecond;
     return fmt::format("{:02}:{:02}:{:02}:{:02}", seconds / 3600, seconds / 60 % 60, seconds % 60, frames);
-}
-
-/// "23.976", "25".
-std::string rateText(double framesPerSecond) {
-    const bool whole = framesPerSecond == std::floor(framesPerSecond);
-    return whole ? fmt::format("{:.0f}", framesPerSecond) : fmt::format("{:.3f}", framesPerSecond);
 }
 
 }  // namespace
