@@ -34,6 +34,9 @@ class EncoderContext {
 public:
     /// Throws StatusError (NotSupportedByCodec, NoMemory) where libav refuses.
     explicit EncoderContext(const EncodingPlan& plan);
+    virtual ~EncoderContext() = default;
+    EncoderContext(const EncoderContext&) = delete;
+    EncoderContext& operator=(const EncoderContext&) = delete;
 
     /// The track's description, as a movie needs it; the caller owns it.
     ParametersPointer parameters() const;
@@ -42,11 +45,11 @@ public:
     int reorderDelay() const { return context->has_b_frames; }
 
     /// Hands over the next picture, null at the end. Throws StatusError (CodecFailed).
-    void send(AVFrame* frame);
+    virtual void send(AVFrame* frame);
 
     /// The next packet, null when the encoder wants another picture or has no more. Throws StatusError
     /// (CodecFailed).
-    PacketPointer receive();
+    virtual PacketPointer receive();
 
 private:
     void configure();

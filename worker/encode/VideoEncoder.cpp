@@ -4,6 +4,7 @@
 #include "worker/encode/EncoderContext.h"
 #include "worker/encode/FrameQueue.h"
 #include "worker/encode/PacketOrder.h"
+#include "worker/encode/PngEncoder.h"
 #include "worker/picture/PictureConverter.h"
 #include "worker/picture/PicturePool.h"
 
@@ -74,7 +75,7 @@ private:
 VideoEncoder::Pipeline::Pipeline(const EncodingPlan& encodingPlan)
     : plan(encodingPlan), converter(plan), pictures(plan), packets(2 * contextCount(plan)) {
     for (std::size_t i = 0; i < contextCount(plan); ++i)
-        contexts.push_back(std::make_unique<EncoderContext>(plan));
+        contexts.push_back(createEncoder(plan));
     description = contexts.front()->parameters();
 }
 
