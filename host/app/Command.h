@@ -45,6 +45,7 @@ std::unique_ptr<Command> panelCommand();
 std::unique_ptr<Command> nodeCommand();
 std::unique_ptr<Command> recoverCommand();
 std::unique_ptr<Command> joinCommand();
+std::unique_ptr<Command> farmCommand();
 std::unique_ptr<Command> conformanceCommand();
 
 /// Every command, in the order in which the help lists them.

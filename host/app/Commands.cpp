@@ -15,6 +15,7 @@ std::vector<std::unique_ptr<Command>> allCommands() {
     commands.push_back(doctorCommand());
     commands.push_back(recoverCommand());
     commands.push_back(joinCommand());
+    commands.push_back(farmCommand());
     commands.push_back(conformanceCommand());
     commands.push_back(nodeCommand());
     return commands;

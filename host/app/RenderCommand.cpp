@@ -5,14 +5,15 @@
 #include <optional>
 
 #include "host/app/Command.h"
+#include "host/app/FarmOptions.h"
 #include "host/app/FrameOptions.h"
 #include "host/app/GeometryOptions.h"
 #include "host/app/KnobOptions.h"
+#include "host/app/ProgressOption.h"
 #include "host/app/SoundCheck.h"
 #include "host/app/StartUp.h"
 #include "host/presets/PresetStore.h"
 #include "host/render/Curves.h"
-#include "host/render/Log.h"
 #include "host/render/Render.h"
 
 namespace Corvel {
@@ -25,6 +26,7 @@ constexpr const char* footer =
     "  corvel render 'shot.####.png' -o shot.mov --codec h.264 --quality high --fps 23.976 --audio mix.wav\n"
     "  corvel render 'shot.####.dpx' -o shot.mov --codec apch --timecode 01:00:00:00 --reel A001\n"
     "  corvel render shot.mov -o 'shot.####.exr' --frames 1-24\n"
+    "  corvel render 'shot.####.exr' -o shot.mov --farm local --jobs 4\n"
     "\n"
     "A pattern holds the frame number as %04d or as one # or @ a digit; quote it, so that the shell leaves "
     "it alone.\n"
@@ -58,11 +60,14 @@ private:
     void declareRunning(CLI::App& app);
 
     RenderRequest request;
+    FarmRequest farm;
+    const CLI::App* options = nullptr;
     std::string preset;
     std::optional<ProgressStyle> progress;
 };
 
 void RenderCommand::declare(CLI::App& app) {
+    options = &app;
     declareFiles(app);
     declareFrameOptions(app, "render", request.frames, request.missing);
     declareOrderOptions(app, request.order);
@@ -78,6 +83,7 @@ void RenderCommand::declare(CLI::App& app) {
     declareGeometryOptions(app, request.format, request.geometry);
     declareMetadata(app);
     declareRunning(app);
+    declareFarmOptions(app, farm);
     app.footer(footer);
 }
 
@@ -151,28 +157,19 @@ void RenderCommand::declareRunning(CLI::App& app) {
         ->check(CLI::Range(1, 1'000'000).description(""))
         ->type_name("SECONDS")
         ->group(group);
-    const std::map<std::string, ProgressStyle> styles{{"bar", ProgressStyle::Bar},
-                                                      {"plain", ProgressStyle::Plain},
-                                                      {"json", ProgressStyle::Json},
-                                                      {"none", ProgressStyle::None}};
-    app.add_option("--progress", progress,
-                   "How to show progress on standard error: bar, plain, json or none (default: bar on a "
-                   "terminal, else "
-                   "plain)")
-        ->transform(CLI::CheckedTransformer(styles, CLI::ignore_case).description(""))
-        ->type_name("STYLE")
-        ->group(group);
+    declareProgressOption(app, progress, group);
 }
 
 Exit RenderCommand::run(Session& session) {
-    const ProgressStyle standard = session.console.isTerminal() ? ProgressStyle::Bar : ProgressStyle::Plain;
-    session.reporter = createReporter(progress.value_or(standard), session.console);
-    logTo(session.reporter.get());
+    useProgress(session, progress);
     if (!preset.empty()) {
         request.knobs = onTopOf(presetStore(Bundle().contents()).load(preset), request.knobs);
     }
     checkKnobFiles(request.knobs);
     checkSounds(request.knobs, Bundle().contents() + "/Resources/corvel-movie");
+    if (!farm.engine.empty()) {
+        return renderInChunks(*options, request, farm, *session.reporter);
+    }
     startUp();
     return render(request, *session.reporter);
 }

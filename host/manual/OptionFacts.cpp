@@ -13,6 +13,7 @@ const std::map<std::string, std::vector<std::string>>& wordsOfOptions() {
         {"--missing", {"error", "black", "hold"}},
         {"--quality", {"Min", "Low", "Normal", "High", "Max", "Lossless"}},
         {"--units", {"Seconds", "Frames"}},
+        {"--farm", {"local", "slurm"}},
         {"--audio-units", {"Seconds", "Frames"}},
         {"--channels", {"rgb", "rgba"}},
         {"--lut", {"linear", "rec709", "gamma1.8", "gamma2.2", "gamma2.4", "cineon", "srgb"}},
