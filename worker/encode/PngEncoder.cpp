@@ -132,7 +132,10 @@ PngEncoder::PngEncoder(const EncodingPlan& plan)
       head(headOf(plan)),
       filtered(height * (1 + rowBytes)),
       compressor(libdeflate_alloc_compressor(compressionLevel)) {
-    if (!compressor)
+    if (!compressor || mostPacketBytes() > INT32_MAX)
+        throw std::bad_alloc();
+    packetMemory.reset(av_buffer_pool_init(mostPacketBytes() + AV_INPUT_BUFFER_PADDING_SIZE, nullptr));
+    if (!packetMemory)
         throw std::bad_alloc();
 }
 
@@ -162,21 +165,26 @@ void PngEncoder::filter(const AVFrame& frame) {
     }
 }
 
+std::size_t PngEncoder::mostPacketBytes() const {
+    constexpr std::size_t aroundChunk = lengthBytes + typeBytes + checkBytes;
+    return head.size() + libdeflate_zlib_compress_bound(compressor.get(), filtered.size()) + 2 * aroundChunk;
+}
+
 /// The filtered picture as a packet: the head, one chunk of compressed data, the end.
 PacketPointer PngEncoder::packed() const {
-    constexpr std::size_t endBytes = lengthBytes + typeBytes + checkBytes;
-    const std::size_t bound = libdeflate_zlib_compress_bound(compressor.get(), filtered.size());
-    const std::size_t most = head.size() + lengthBytes + typeBytes + bound + checkBytes + endBytes;
     PacketPointer packet(av_packet_alloc());
-    if (!packet || most > INT32_MAX || av_new_packet(packet.get(), static_cast<int>(most)) < 0)
+    if (!packet || !(packet->buf = av_buffer_pool_get(packetMemory.get())))
         throw std::bad_alloc();
+    packet->data = packet->buf->data;
     std::copy(head.begin(), head.end(), packet->data);
     std::uint8_t* chunk = packet->data + head.size();
-    const std::size_t length = libdeflate_zlib_compress(compressor.get(), filtered.data(), filtered.size(),
-                                                        chunk + lengthBytes + typeBytes, bound);
+    const std::size_t length = libdeflate_zlib_compress(
+        compressor.get(), filtered.data(), filtered.size(), chunk + lengthBytes + typeBytes,
+        libdeflate_zlib_compress_bound(compressor.get(), filtered.size()));
     chunk += closeChunk(chunk, "IDAT", length);
     chunk += closeChunk(chunk, "IEND", 0);
-    av_shrink_packet(packet.get(), static_cast<int>(chunk - packet->data));
+    packet->size = static_cast<int>(chunk - packet->data);
+    std::fill_n(chunk, AV_INPUT_BUFFER_PADDING_SIZE, std::uint8_t{0});
     packet->flags |= AV_PKT_FLAG_KEY;
     packet->duration = 1;
     return packet;

@@ -7,6 +7,10 @@
 
 #include "worker/encode/EncoderContext.h"
 
+extern "C" {
+#include <libavutil/buffer.h>
+}
+
 struct libdeflate_compressor;
 
 namespace Morvane::Worker {
@@ -32,6 +36,11 @@ private:
         void operator()(libdeflate_compressor* compressor) const;
     };
 
+    struct FreePool {
+        void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
+    };
+
+    std::size_t mostPacketBytes() const;
     void filter(const AVFrame& frame);
     PacketPointer packed() const;
 
@@ -41,6 +50,7 @@ private:
     const std::vector<std::uint8_t> head;  ///< signature and chunks up to the picture's
     std::vector<std::uint8_t> filtered;    ///< for each row its filter's number and the differences
     std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor;
+    std::unique_ptr<AVBufferPool, FreePool> packetMemory;  ///< used again and again: fresh pages cost time
     PacketPointer waiting;
 };
 
