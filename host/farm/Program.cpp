@@ -24,6 +24,7 @@ using File = std::unique_ptr<FILE, CloseFile>;
 
 pid_t spawn(const std::vector<std::string>& words, int output, int errors, bool ownGroup) {
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));
     }
