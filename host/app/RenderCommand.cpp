@@ -4,6 +4,7 @@
 #include <chrono>
 #include <optional>
 
+#include "host/app/ColourOptions.h"
 #include "host/app/Command.h"
 #include "host/app/FarmOptions.h"
 #include "host/app/FrameOptions.h"
@@ -81,6 +82,7 @@ void RenderCommand::declare(CLI::App& app) {
         ->group("Codec");
     declarePicture(app);
     declareGeometryOptions(app, request.format, request.geometry);
+    declareColourOptions(app, request.colour);
     declareMetadata(app);
     declareRunning(app);
     declareFarmOptions(app, farm);

@@ -20,9 +20,9 @@ public:
         return names;
     }
 
-    void writeImage(const std::string& path, const Picture& picture,
-                    const PictureHeader& header) const override {
-        writeThroughLibrary(path, picture, header);
+    void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,
+                    ImageValues values) const override {
+        writeThroughLibrary(path, picture, header, values);
     }
 };
 

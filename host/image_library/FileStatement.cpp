@@ -1,5 +1,6 @@
 #include "host/image_library/FileStatement.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 
@@ -50,6 +51,29 @@ std::string curveOf(const OIIO::ImageSpec& spec) {
         curve = spec.format.is_floating_point() ? "linear" : "srgb";
     }
     return curve;
+}
+
+std::string colourSpaceOf(const OIIO::ImageSpec& spec) {
+    for (const char* name : {"colorInteropID", "colorSpace"}) {
+        if (const std::string space = spec.get_string_attribute(name); !space.empty()) {
+            return space;
+        }
+    }
+    const std::string space = spec.get_string_attribute("oiio:ColorSpace");
+    const bool guessed =
+        space == "Linear" || space == "sRGB" || space == "scene_linear" || space == "lin_srgb";
+    return guessed ? "" : space;
+}
+
+std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec) {
+    const OIIO::TypeDesc type(OIIO::TypeDesc::FLOAT, 8);
+    const OIIO::ParamValue* const stated = spec.find_attribute("chromaticities", type);
+    if (!stated) {
+        return std::nullopt;
+    }
+    std::array<float, 8> values{};
+    std::copy_n(static_cast<const float*>(stated->data()), values.size(), values.begin());
+    return values;
 }
 
 Metadata metadataOf(const OIIO::ImageSpec& spec) {

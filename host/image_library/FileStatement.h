@@ -2,6 +2,8 @@
 
 #include <OpenImageIO/imageio.h>
 
+#include <array>
+#include <optional>
 #include <string>
 
 #include "host/images/PictureHeader.h"
@@ -13,6 +15,12 @@ namespace Corvel {
 /// The name of the curve (Kex::Image::LUT) of the values that the file stores: by the file's own statement,
 /// else by its format (float and half: linear; integers: sRGB).
 std::string curveOf(const OIIO::ImageSpec& spec);
+
+/// The name that the file itself gives to the colour space of its values, empty where it gives none. The
+/// library's own guess by the format is no statement of the file.
+std::string colourSpaceOf(const OIIO::ImageSpec& spec);
+/// As PictureHeader has them.
+std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec);
 
 /// The host's own metadata keys, each only where the file has it. Time code: SMPTE 12M as OpenEXR and DPX
 /// store it. Reel: the attribute "reelName" of OpenEXR, the input device of a DPX header, where scanners and

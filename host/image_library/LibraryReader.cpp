@@ -97,6 +97,8 @@ PictureHeader headerOf(const OIIO::ImageSpec& spec) {
     header.bits = spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8);
     header.floatingPoint = spec.format.is_floating_point();
     header.curve = curveOf(spec);
+    header.colourSpace = colourSpaceOf(spec);
+    header.chromaticities = chromaticitiesOf(spec);
     header.metadata = metadataOf(spec);
     if (const int orientation = orientationOf(spec); orientation != upright) {
         const bool onItsSide = orientation > 4;

@@ -32,7 +32,8 @@ struct Kind {
     int bits;
     int curve;  // type of Kex::Image::LUT
     bool straightAlpha;
-    bool textsOnly;  // has no fields for time code and the like
+    bool textsOnly;          // has no fields for time code and the like
+    bool asTheyAre = false;  // no curve, and no statement about one
 };
 
 const std::array kinds{
@@ -101,7 +102,9 @@ OIIO::ImageSpec specOf(const Kind& kind, const Picture& picture, const PictureHe
     spec.attribute("oiio:BitsPerSample", kind.bits);
     spec.attribute("compression", "zip");
     spec.attribute("oiio:UnassociatedAlpha", kind.straightAlpha ? 1 : 0);
-    spec.attribute("oiio:ColorSpace", kind.curve == 0 ? "Linear" : "sRGB");
+    if (!kind.asTheyAre) {
+        spec.attribute("oiio:ColorSpace", kind.curve == 0 ? "Linear" : "sRGB");
+    }
     describe(kind, header, spec);
     return spec;
 }
@@ -169,19 +172,25 @@ private:
 
 }  // namespace
 
-void writeThroughLibrary(const std::string& path, const Picture& picture, const PictureHeader& header) {
-    const Kind* kind = kindOf(path);
-    if (!kind) {
+void writeThroughLibrary(const std::string& path, const Picture& picture, const PictureHeader& header,
+                         ImageValues values) {
+    const Kind* const known = kindOf(path);
+    if (!known) {
         refuse(path, fmt::format("images are written as {}", writableImageEndings()));
     }
-    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(kind->format);
+    Kind kind = *known;
+    kind.asTheyAre = values == ImageValues::AsTheyAre;
+    if (kind.asTheyAre) {
+        kind.curve = 0;
+    }
+    const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(kind.format);
     if (!output) {
         refuse(path, OIIO::geterror());
     }
     output->threads(1);
     Unfinished file(path);
-    if (!output->open(file.name, specOf(*kind, picture, header)) ||
-        !output->write_image(OIIO::TypeFloat, pack(*kind, picture).data()) || !output->close()) {
+    if (!output->open(file.name, specOf(kind, picture, header)) ||
+        !output->write_image(OIIO::TypeFloat, pack(kind, picture).data()) || !output->close()) {
         refuse(path, output->geterror());
     }
     file.finish();

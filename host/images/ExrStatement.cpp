@@ -50,6 +50,25 @@ Metadata metadataOf(exr_const_context_t file) {
     return metadata;
 }
 
+// What writers name the space of the values; the last one is the general image library's.
+std::string colourSpaceOf(exr_const_context_t file) {
+    for (const char* name : {"colorInteropID", "colorSpace", "oiio:ColorSpace"}) {
+        if (const std::string space = textOf(file, name); !space.empty()) {
+            return space;
+        }
+    }
+    return "";
+}
+
+std::optional<std::array<float, 8>> chromaticitiesOf(exr_const_context_t file) {
+    exr_attr_chromaticities_t stated{};
+    if (exr_attr_get_chromaticities(file, 0, "chromaticities", &stated) != EXR_ERR_SUCCESS) {
+        return std::nullopt;
+    }
+    return std::array{stated.red_x,  stated.red_y,  stated.green_x, stated.green_y,
+                      stated.blue_x, stated.blue_y, stated.white_x, stated.white_y};
+}
+
 bool isOrdinary(exr_const_context_t file) {
     exr_storage_t storage{};
     std::int32_t orientation = 1;
@@ -117,6 +136,8 @@ std::optional<ExrStatement> stateOf(const ExrFile& file) {
     if (header.curve.empty()) {
         header.curve = "linear";
     }
+    header.colourSpace = colourSpaceOf(context);
+    header.chromaticities = chromaticitiesOf(context);
     header.metadata = metadataOf(context);
     return statement;
 }

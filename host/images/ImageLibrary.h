@@ -4,6 +4,7 @@
 #include <string>
 
 #include "host/images/ImageReader.h"
+#include "host/images/ImageWriter.h"
 
 namespace Corvel {
 
@@ -17,8 +18,8 @@ public:
     virtual std::unique_ptr<ImageReader> createReader() const = 0;
     /// As the functions of the same names in ImageReader.h and ImageWriter.h.
     virtual std::string readableFormats() const = 0;
-    virtual void writeImage(const std::string& path, const Picture& picture,
-                            const PictureHeader& header) const = 0;
+    virtual void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,
+                            ImageValues values) const = 0;
 };
 
 /// Loads it at the first call and keeps it until the process ends. Any thread. Throws std::runtime_error with

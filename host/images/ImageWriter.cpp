@@ -21,8 +21,9 @@ bool isWritableImageName(const std::string& path) {
     return std::find(endings.begin(), endings.end(), ending) != endings.end();
 }
 
-void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header) {
-    imageLibrary().writeImage(path, picture, header);
+void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,
+                ImageValues values) {
+    imageLibrary().writeImage(path, picture, header, values);
 }
 
 }  // namespace Corvel

@@ -20,7 +20,13 @@ const char* writableImageEndings();
 /// Whether `writeImage` writes files of that ending.
 bool isWritableImageName(const std::string& path);
 
-/// Writes a picture in linear light, premultiplied, as a file of the kind that its ending says:
+/// What the samples of a picture that is written are.
+enum class ImageValues {
+    LinearLight,  ///< the file gets its format's own curve
+    AsTheyAre,    ///< the file gets these very values, which are those of some display or colour space
+};
+
+/// Writes a picture, usually in linear light, premultiplied, as a file of the kind that its ending says:
 ///
 /// | ending      | samples            | values | alpha         |
 /// |-------------|--------------------|--------|---------------|
@@ -32,6 +38,7 @@ bool isWritableImageName(const std::string& path);
 /// Time code, reel, frame rate and pixel aspect of `header` go into the file's own fields, where its format
 /// has them. The file appears under its name only when it is whole; an existing one is replaced. Throws
 /// UnwritableImage.
-void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header);
+void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,
+                ImageValues values = ImageValues::LinearLight);
 
 }  // namespace Corvel

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "host/images/Picture.h"
@@ -22,6 +24,9 @@ struct PictureHeader {
     bool floatingPoint = false;
     std::string
         curve;  ///< name of the curve of the stored values (Kex::Image::LUT), empty when not known here
+    std::string colourSpace;  ///< as the file names it, empty where it does not
+    /// CIE x and y of red, green, blue and white, where the file states them.
+    std::optional<std::array<float, 8>> chromaticities;
     Metadata metadata;
 };
 

@@ -44,6 +44,11 @@ std::string dryRunText(const RenderRequest& request, const RenderPlan& plan, con
                fmt::format("{} x {} pixels, pixel aspect {}, {}", plan.format.width(), plan.format.height(),
                            plan.format.pixelAspect(), plan.depth == 4 ? "with alpha" : "no alpha")) +
         lineOf("curve", node.lut() == nullptr ? "none" : node.lut()->name());
+    if (plan.colour) {
+        text += lineOf("colour from", plan.colour->inputText()) +
+                lineOf("colour to", plan.colour->outputText()) +
+                lineOf("configuration", plan.colour->configText());
+    }
     for (const auto& knob : node.knobs()) {
         if (knob->kind() != Kex::Image::Knob_Button) {
             text += lineOf(knob->name(), valueOf(*knob));

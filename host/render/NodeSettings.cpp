@@ -129,6 +129,27 @@ void addTimecode(SettingsText& settings, const Write& node, const RenderPlan& pl
     }
 }
 
+// What the movie says about its colours. "colour" stands for primaries, transfer and matrix together.
+void addColourTags(SettingsText& settings, const RenderPlan& plan) {
+    if (settings.has("colour")) {
+        return;
+    }
+    const auto add = [&settings](const char* key, const std::string& value) {
+        if (!value.empty()) {
+            settings.add(key, value);
+        }
+    };
+    if (plan.colour) {
+        const DisplayTags tags = plan.colour->tags();
+        // As the matrix of a preset, which gives way where a codec has one of its own.
+        add("colour", tags.matrix == "bt2020nc" ? "bt2020" : "");
+        add("primaries", tags.primaries);
+        add("transfer", tags.transfer);
+    } else if (plan.lut != nullptr) {
+        add("transfer", transferOf(*plan.lut));
+    }
+}
+
 void addToSettings(Write& node, const RenderRequest& request, const RenderPlan& plan) {
     const Kex::Image::Knob* const knob = node.knob(settingsKnob);
     SettingsText settings(knob == nullptr ? "" : knob->get_text());
@@ -138,10 +159,7 @@ void addToSettings(Write& node, const RenderRequest& request, const RenderPlan& 
     if (request.threads != 0) {
         settings.add("threads", fmt::format("{}", request.threads));
     }
-    // "colour" stands for primaries, transfer and matrix together.
-    if (plan.lut != nullptr && !settings.has("colour") && !transferOf(*plan.lut).empty()) {
-        settings.add("transfer", transferOf(*plan.lut));
-    }
+    addColourTags(settings, plan);
     // Only straight alpha is divided in linear light.
     if (settings.value("alpha") == "straight") {
         settings.add("curve", node.lut() != nullptr ? node.lut()->name() : "linear");

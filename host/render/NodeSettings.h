@@ -20,7 +20,9 @@ class PictureNode;
 /// additions to the settings:
 /// - `aspect=N/D`, the pixel aspect, when the node is to use the format's;
 /// - `threads`, when their number was given;
-/// - `transfer`, when a curve was chosen that has a name there;
+/// - `transfer`, when a curve was chosen that has a name there; under colour management, `colour`,
+/// `primaries`
+///   and `transfer` of the display;
 /// - `curve`, the curve of the movie's values, when the settings ask for straight alpha;
 /// - `timecode` and `reel`, when a time code is to be written, so that a movie that is cut off by a crash has
 /// them

@@ -3,15 +3,22 @@
 #include <fmt/format.h>
 
 #include <cstdint>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
+#include "host/colour/ColourStep.h"
 #include "host/geometry/GeometrySteps.h"
 #include "host/render/Failure.h"
 
 namespace Corvel {
 namespace {
+
+// Makes one step for one reading thread.
+using MakeStep = std::function<std::unique_ptr<PictureStep>()>;
 
 Window sourceWindow(const RenderRequest& request, const PictureHeader& header) {
     if (!request.geometry.crop) {
@@ -32,6 +39,27 @@ std::optional<Placement> placementFor(const RenderRequest& request, const Pictur
     }
     return placementOf({header.display.width, header.display.height, header.pixelAspect},
                        sourceWindow(request, header), movie, geometry.fit.value_or(Fit::LowerLeft));
+}
+
+std::vector<MakeStep> geometryFor(const RenderRequest& request, const PictureHeader& header,
+                                  const RenderPlan& plan) {
+    const Raster movie{plan.format.width(), plan.format.height(), plan.format.pixelAspect()};
+    const GeometryRequest& geometry = request.geometry;
+    std::vector<MakeStep> makers;
+    if (const std::optional<Placement> placement = placementFor(request, header, movie)) {
+        makers.emplace_back([placement = *placement, filter = geometry.filter] {
+            return makePlacementStep(placement, filter);
+        });
+    }
+    if (geometry.mask) {
+        makers.emplace_back(
+            [mask = *geometry.mask, movie] { return makeMaskStep(seenThrough(mask, movie), mask.opacity); });
+    }
+    return makers;
+}
+
+MakeStep colourMaker(const ColourConversion& conversion, ColourConversion::Part part) {
+    return [transform = conversion.transform(part)] { return makeColourStep(transform); };
 }
 
 }  // namespace
@@ -57,19 +85,26 @@ Kex::Image::Format formatFor(const RenderRequest& request, const PictureHeader& 
 }
 
 MakePictureSteps stepsFor(const RenderRequest& request, const PictureHeader& header, const RenderPlan& plan) {
-    const Raster movie{plan.format.width(), plan.format.height(), plan.format.pixelAspect()};
-    const std::optional<Placement> placement = placementFor(request, header, movie);
-    const GeometryRequest& geometry = request.geometry;
-    if (!placement && !geometry.mask) {
+    using Part = ColourConversion::Part;
+    const std::vector<MakeStep> geometry = geometryFor(request, header, plan);
+    std::vector<MakeStep> makers;
+    if (header.floatingPoint) {
+        makers.emplace_back([broken = plan.broken] { return makeMendingStep(broken); });
+    }
+    if (plan.colour && !geometry.empty()) {
+        makers.push_back(colourMaker(*plan.colour, Part::ToLight));
+    }
+    makers.insert(makers.end(), geometry.begin(), geometry.end());
+    if (plan.colour) {
+        makers.push_back(colourMaker(*plan.colour, geometry.empty() ? Part::Whole : Part::FromLight));
+    }
+    if (makers.empty()) {
         return {};
     }
-    return [placement, geometry, movie] {
+    return [makers] {
         PictureSteps steps;
-        if (placement) {
-            steps.push_back(makePlacementStep(*placement, geometry.filter));
-        }
-        if (geometry.mask) {
-            steps.push_back(makeMaskStep(seenThrough(*geometry.mask, movie), geometry.mask->opacity));
+        for (const MakeStep& make : makers) {
+            steps.push_back(make());
         }
         return steps;
     };

@@ -6,9 +6,10 @@
 
 namespace Corvel {
 
-/// What is done to every picture of that render between reading and writing, in this order: its geometry, in
-/// linear light. Null for nothing. `header` is that of the plan's pictures. Throws Failure (Usage) for what
-/// cannot be done to them.
+/// What is done to every picture of that render between reading and writing, in this order: broken samples
+/// are mended; its geometry, in linear light; its colours. Null for nothing. `header` is that of the plan's
+/// pictures. Everything that can go wrong with the request goes wrong here rather than on the reading
+/// threads: throws Failure.
 MakePictureSteps stepsFor(const RenderRequest& request, const PictureHeader& header, const RenderPlan& plan);
 
 /// The movie's format: what was asked for, else the part of the input's pictures that is left by a crop.

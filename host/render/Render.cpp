@@ -72,6 +72,7 @@ Exit RenderRun::run() {
         Morvane::FileSystem::remove(temporary);
     }
     host.helper().expectEnd();
+    plan.broken->tellTotal();
     if (outcome != Exit::Done && kept.empty()) {
         spdlog::error("no movie was written");
     } else if (outcome != Exit::Done) {

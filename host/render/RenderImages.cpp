@@ -100,6 +100,7 @@ Exit ImageRun::run() {
             outcome = Exit::NodeFailed;
         }
     }
+    plan.broken->tellTotal();
     const int total = static_cast<int>(plan.frames.size());
     if (outcome == Exit::Done && written < total) {
         outcome = Exit::Interrupted;
@@ -153,10 +154,11 @@ void ImageRun::write(const ReadAhead::Frame& frame) {
             }
         }
     }
+    const ImageValues values = plan.colour ? ImageValues::AsTheyAre : ImageValues::LinearLight;
     underWay.push_back(
         {number, path,
-         std::async(std::launch::async, [path, header = headerOf(frame), owned = std::move(picture)] {
-             writeImage(path, owned, header);
+         std::async(std::launch::async, [path, header = headerOf(frame), owned = std::move(picture), values] {
+             writeImage(path, owned, header, values);
          })});
 }
 

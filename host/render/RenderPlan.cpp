@@ -13,6 +13,7 @@
 #include "Kex/Image/LUT.h"
 #include "host/images/SequencePattern.h"
 #include "host/movies/MovieSource.h"
+#include "host/render/ColourPlan.h"
 #include "host/render/Curves.h"
 #include "host/render/Failure.h"
 #include "host/render/PictureSteps.h"
@@ -96,8 +97,11 @@ ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan
 RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) {
     RenderPlan plan;
     plan.lut = request.lut.empty() ? nullptr : curveNamed(request.lut);
-    const Kex::Image::LUT* const inputCurve =
-        request.inputLut.empty() ? nullptr : curveNamed(request.inputLut);
+    const Kex::Image::LUT* inputCurve = request.inputLut.empty() ? nullptr : curveNamed(request.inputLut);
+    if (request.colour.wanted()) {
+        // Values stay as they are on their way into and out of the colour transform.
+        inputCurve = plan.lut = Kex::Image::LUT::getLut(0);
+    }
     checkOutput(request.output, request.overwrite || request.dryRun);
     plan.source = openInput(inputCurve);
     plan.frames = planFrames(*plan.source, request.frames, request.missing, request.order);
@@ -110,6 +114,7 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
     plan.metadata = header.metadata;
     plan.timecodeLead = static_cast<int>(first);
     addRequested(request, plan);
+    plan.colour = planColour(request, header);
     plan.steps = stepsFor(request, header, plan);
     return plan;
 }

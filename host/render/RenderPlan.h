@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "Kex/Image/Format.h"
+#include "host/colour/BrokenPixels.h"
+#include "host/colour/ColourLibrary.h"
 #include "host/images/FrameSource.h"
 #include "host/render/FramePlan.h"
 #include "host/render/ReadAhead.h"
@@ -20,13 +22,15 @@ namespace Corvel {
 /// Everything about a render that can be settled without the Write node.
 struct RenderPlan {
     std::unique_ptr<FrameSource> source;
-    std::vector<PlannedFrame> frames;      ///< at least one
-    Window picture;                        ///< size that every frame of the input must have
-    MakePictureSteps steps;                ///< what is done to each picture before it is written
-    Kex::Image::Format format;             ///< of the movie
-    int depth = 3;                         ///< channels
-    const Kex::Image::LUT* lut = nullptr;  ///< null for the writer's own
-    Metadata metadata;                     ///< of the movie, as files and the person say
+    std::vector<PlannedFrame> frames;                ///< at least one
+    Window picture;                                  ///< size that every frame of the input must have
+    MakePictureSteps steps;                          ///< what is done to each picture before it is written
+    std::shared_ptr<const ColourConversion> colour;  ///< null without colour management
+    std::shared_ptr<BrokenPixels> broken = std::make_shared<BrokenPixels>();  ///< counted by the steps
+    Kex::Image::Format format;                                                ///< of the movie
+    int depth = 3;                                                            ///< channels
+    const Kex::Image::LUT* lut = nullptr;                                     ///< null for the writer's own
+    Metadata metadata;  ///< of the movie, as files and the person say
     /// Frames of the movie before the one whose header gave the time code; that one is not the first where
     /// the first ones are missing.
     int timecodeLead = 0;

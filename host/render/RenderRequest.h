@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/colour/ColourRequest.h"
 #include "host/geometry/GeometryRequest.h"
 #include "host/render/FramePlan.h"
 
@@ -36,6 +37,7 @@ struct RenderRequest {
     GeometryRequest geometry;
     std::string lut;       ///< name of the curve of the movie's values; empty for the writer's own
     std::string inputLut;  ///< name of the curve of the input's values; empty for the files' own statement
+    ColourRequest colour;
     bool overwrite = false;
     bool dryRun = false;
     std::optional<std::chrono::seconds> helperTimeout;  ///< without a sign of life; none: for ever

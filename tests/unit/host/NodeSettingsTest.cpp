@@ -57,6 +57,43 @@ TEST_F(NodeSettingsTest, SetsTheCodecFirstAndTheSettingsLast) {
     EXPECT_EQ(fake.writer().settings, "a=1") << "the codec would have cleared them";
 }
 
+class FakeConversion : public ColourConversion {
+public:
+    explicit FakeConversion(DisplayTags wanted) : wantedTags(std::move(wanted)) {}
+    std::shared_ptr<const ColourTransform> transform(Part) const override { return nullptr; }
+    std::string inputText() const override { return ""; }
+    std::string outputText() const override { return ""; }
+    std::string configText() const override { return ""; }
+    DisplayTags tags() const override { return wantedTags; }
+
+private:
+    const DisplayTags wantedTags;
+};
+
+TEST_F(NodeSettingsTest, TagsTheMovieAsItsDisplay) {
+    plan.lut = Kex::Image::LUT::getLut(0);
+    plan.colour = std::make_shared<FakeConversion>(DisplayTags{"bt2020", "smpte2084", "bt2020nc"});
+    EXPECT_EQ(settingsAfter(), "colour=bt2020:primaries=bt2020:transfer=smpte2084");
+}
+
+TEST_F(NodeSettingsTest, TagsTheMovieOnlyWhereThePersonDidNot) {
+    plan.colour = std::make_shared<FakeConversion>(DisplayTags{"bt709", "bt709", "bt709"});
+    request.knobs = {{"settings", "transfer=linear"}};
+    EXPECT_EQ(settingsAfter(), "transfer=linear:primaries=bt709");
+}
+
+TEST_F(NodeSettingsTest, AddsNoTagToAColourThatIsGivenWhole) {
+    plan.colour = std::make_shared<FakeConversion>(DisplayTags{"bt2020", "smpte2084", "bt2020nc"});
+    request.knobs = {{"settings", "colour=srgb"}};
+    EXPECT_EQ(settingsAfter(), "colour=srgb");
+}
+
+TEST_F(NodeSettingsTest, AddsNoTagThatHasNoName) {
+    plan.lut = Kex::Image::LUT::getLut(0);
+    plan.colour = std::make_shared<FakeConversion>(DisplayTags{"", "linear", ""});
+    EXPECT_EQ(settingsAfter(), "transfer=linear");
+}
+
 TEST_F(NodeSettingsTest, PressesTheButtonWhenAllElseIsSet) {
     request.knobs = {{"settings", "a=1"}};
     request.advanced = true;
