@@ -27,8 +27,8 @@ std::string reply(const OptionFacts& option) {
     }
 }
 
-// The cases for the value after an option: "render,--missing) …".
-std::string valueCases(const CommandFacts& command) {
+// The cases for the value after an option: "render,--missing) …". A subcommand is called "presets-save".
+std::string valueCases(const std::string& called, const CommandFacts& command) {
     std::string text;
     for (const OptionFacts& option : command.options) {
         if (option.values == Values::None) {
@@ -36,17 +36,38 @@ std::string valueCases(const CommandFacts& command) {
         }
         std::string pattern;
         for (const std::string& name : option.names) {
-            pattern += fmt::format("{}{},{}", pattern.empty() ? "" : " | ", command.name, name);
+            pattern += fmt::format("{}{},{}", pattern.empty() ? "" : " | ", called, name);
         }
         text += fmt::format("        {}) {}; return ;;\n", pattern, reply(option));
+    }
+    for (const CommandFacts& subcommand : command.subcommands) {
+        text += valueCases(called + "-" + subcommand.name, subcommand);
     }
     return text;
 }
 
-std::string commandCase(const CommandFacts& command) {
+// "/render | /info | presets/save", as a line's words are tried behind the command found so far.
+std::string namePatterns(const std::string& before, const std::vector<CommandFacts>& commands) {
+    std::string text;
+    for (const CommandFacts& command : commands) {
+        text += fmt::format("{}{}/{}", text.empty() ? "" : " | ", before, command.name);
+        if (!command.subcommands.empty()) {
+            text += " | " + namePatterns(command.name, command.subcommands);
+        }
+    }
+    return text;
+}
+
+std::string commandCase(const std::string& called, const CommandFacts& command) {
     const bool takesFile = !command.operands.empty() && command.operands.front().values == Values::File;
-    return fmt::format("        {}) _corvel_words '{}'{} ;;\n", command.name, words(command.options),
-                       takesFile ? "; [[ $current == -* ]] || _corvel_files" : "");
+    std::string names, cases;
+    for (const CommandFacts& subcommand : command.subcommands) {
+        names += subcommand.name + " ";
+        cases += commandCase(called + "-" + subcommand.name, subcommand);
+    }
+    return fmt::format("        {}) _corvel_words '{}{}'{} ;;\n", called, names, words(command.options),
+                       takesFile ? "; [[ $current == -* ]] || _corvel_files" : "") +
+           cases;
 }
 
 constexpr const char* helpers =
@@ -71,8 +92,8 @@ std::string bashCompletion(const ProgramFacts& program) {
     std::string values, commands;
     for (const CommandFacts& command : program.commands) {
         names.push_back(command.name);
-        values += valueCases(command);
-        commands += commandCase(command);
+        values += valueCases(command.name, command);
+        commands += commandCase(command.name, command);
     }
     return fmt::format(R"({}_corvel() {{
     local current=${{COMP_WORDS[COMP_CWORD]}} previous=${{COMP_WORDS[COMP_CWORD - 1]}} command='' word
@@ -81,8 +102,8 @@ std::string bashCompletion(const ProgramFacts& program) {
     [[ $current == = ]] && current=''
     COMPREPLY=()
     for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
-        case $word in
-        {}) command=$word; break ;;
+        case $command/$word in
+        {}) command+=${{command:+-}}$word ;;
         esac
     done
     case $command,$previous in
@@ -93,7 +114,7 @@ std::string bashCompletion(const ProgramFacts& program) {
 }}
 complete -F _corvel corvel
 )",
-                       helpers, fmt::join(names, " | "), values, commands, fmt::join(names, " "),
+                       helpers, namePatterns("", program.commands), values, commands, fmt::join(names, " "),
                        words(program.options));
 }
 

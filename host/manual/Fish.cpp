@@ -42,15 +42,24 @@ std::string line(const OptionFacts& option, const std::string& condition) {
                        quoted(option.help));
 }
 
-std::string commandLines(const CommandFacts& command) {
-    const std::string condition = "__fish_seen_subcommand_from " + command.name;
-    std::string text = fmt::format("\ncomplete -c corvel -n __fish_use_subcommand -a {} -d {}\n",
-                                   command.name, quoted(command.summary));
+// `here`: where the command's name may stand; `before`: what has been typed then.
+std::string commandLines(const CommandFacts& command, const std::string& here, const std::string& before) {
+    const std::string condition = before + "__fish_seen_subcommand_from " + command.name;
+    std::string text = fmt::format("\ncomplete -c corvel -n '{}' -a {} -d {}\n", here, command.name,
+                                   quoted(command.summary));
     for (const OptionFacts& option : command.options) {
         text += line(option, condition);
     }
     if (!command.operands.empty() && command.operands.front().values == Values::File) {
         text += fmt::format("complete -c corvel -n '{}' -F\n", condition);
+    }
+    std::string names;
+    for (const CommandFacts& subcommand : command.subcommands) {
+        names += " " + subcommand.name;
+    }
+    for (const CommandFacts& subcommand : command.subcommands) {
+        text += commandLines(subcommand, condition + "; and not __fish_seen_subcommand_from" + names,
+                             condition + "; and ");
     }
     return text;
 }
@@ -70,7 +79,7 @@ complete -c corvel -f
         text += line(option, "__fish_use_subcommand");
     }
     for (const CommandFacts& command : program.commands) {
-        text += commandLines(command);
+        text += commandLines(command, "__fish_use_subcommand", "");
     }
     return text;
 }

@@ -39,18 +39,34 @@ void addFooter(std::string& text, const std::string& footer) {
     }
 }
 
-std::string synopsis(const CommandFacts& command) {
-    std::string text = "*corvel " + plain(command.name) + "*";
+std::string synopsis(const std::string& name, const CommandFacts& command) {
+    std::string text = "*corvel " + plain(name) + "*";
     for (const OptionFacts& option : command.options) {
         if (option.required) {
             text += fmt::format(" *{}* _{}_", plain(option.names.back()), plain(option.value));
         }
     }
-    text += " \\[options\\]";
+    text += command.subcommands.empty() ? " \\[options\\]" : " _SUBCOMMAND_ \\[options\\]";
     for (const OptionFacts& operand : command.operands) {
         text += fmt::format(" _{}_", plain(operand.value));
     }
     return text;
+}
+
+void addCommand(std::string& text, const std::string& name, const CommandFacts& command) {
+    text += fmt::format("{}\n\n{}.\n\n", synopsis(name, command), plain(command.summary));
+    for (const OptionFacts& operand : command.operands) {
+        addOption(text, operand);
+    }
+    for (const OptionFacts& option : command.options) {
+        if (option.names.back() != "--help") {
+            addOption(text, option);
+        }
+    }
+    for (const CommandFacts& subcommand : command.subcommands) {
+        addCommand(text, name + " " + subcommand.name, subcommand);
+    }
+    addFooter(text, command.footer);
 }
 
 }  // namespace
@@ -62,17 +78,8 @@ std::string manualSection(const ProgramFacts& program) {
     }
     text += "# COMMANDS\n\n";
     for (const CommandFacts& command : program.commands) {
-        text +=
-            fmt::format("## {}\n\n{}\n\n{}.\n\n", command.name, synopsis(command), plain(command.summary));
-        for (const OptionFacts& operand : command.operands) {
-            addOption(text, operand);
-        }
-        for (const OptionFacts& option : command.options) {
-            if (option.names.back() != "--help") {
-                addOption(text, option);
-            }
-        }
-        addFooter(text, command.footer);
+        text += fmt::format("## {}\n\n", command.name);
+        addCommand(text, command.name, command);
     }
     return text;
 }

@@ -84,6 +84,9 @@ CommandFacts factsOf(const CLI::App& command) {
     for (const CLI::Option* option : command.get_options()) {
         (option->get_positional() ? facts.operands : facts.options).push_back(factsOf(*option));
     }
+    for (const CLI::App* subcommand : command.get_subcommands(nullptr)) {
+        facts.subcommands.push_back(factsOf(*subcommand));
+    }
     return facts;
 }
 

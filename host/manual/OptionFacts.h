@@ -33,6 +33,7 @@ struct CommandFacts {
     std::vector<OptionFacts> options;
     std::vector<OptionFacts> operands;
     std::string footer;
+    std::vector<CommandFacts> subcommands;  ///< one of these follows, where there are any
 };
 
 /// Everything that a person can type, from the declarations that the program itself parses with.

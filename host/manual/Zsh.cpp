@@ -52,21 +52,55 @@ std::string specifications(const std::vector<OptionFacts>& options, const char* 
     return text;
 }
 
-std::string commandCase(const CommandFacts& command) {
-    std::string text = fmt::format("        {})\n            _arguments -s", command.name);
-    text += specifications(command.options, "                ");
+std::string arguments(const CommandFacts& command, const std::string& indent) {
+    std::string text = "_arguments -s" + specifications(command.options, indent.c_str());
     for (const OptionFacts& operand : command.operands) {
-        text += fmt::format(" \\\n                '*:{}:{}'", operand.value, action(operand));
+        // A list without a word for what nobody can guess: beside an empty action no option is completed.
+        const std::string values = action(operand);
+        text += fmt::format(" \\\n{}'*:{}:{}'", indent, operand.value, values.empty() ? "( )" : values);
     }
-    return text + "\n            ;;\n";
+    return text;
+}
+
+std::string described(const std::vector<CommandFacts>& commands, const char* indent) {
+    std::string text;
+    for (const CommandFacts& command : commands) {
+        text += fmt::format("{}'{}:{}'\n", indent, command.name, escaped(command.summary, ":\\"));
+    }
+    return text;
+}
+
+// The word behind the command is one of its subcommands; the rest is theirs.
+std::string subcommandCases(const CommandFacts& command) {
+    std::string cases;
+    for (const CommandFacts& subcommand : command.subcommands) {
+        cases += fmt::format("                {}) {} ;;\n", subcommand.name,
+                             arguments(subcommand, "                    "));
+    }
+    return fmt::format(R"zsh(if (( CURRENT == 2 )); then
+                commands=(
+{}                )
+                _describe command commands
+            else
+                shift words
+                (( CURRENT-- ))
+                case $words[1] in
+{}                esac
+            fi)zsh",
+                       described(command.subcommands, "                    "), cases);
+}
+
+std::string commandCase(const CommandFacts& command) {
+    return fmt::format(
+        "        {})\n            {}\n            ;;\n", command.name,
+        command.subcommands.empty() ? arguments(command, "                ") : subcommandCases(command));
 }
 
 }  // namespace
 
 std::string zshCompletion(const ProgramFacts& program) {
-    std::string summaries, commands;
+    std::string commands;
     for (const CommandFacts& command : program.commands) {
-        summaries += fmt::format("        '{}:{}'\n", command.name, escaped(command.summary, ":\\"));
         commands += commandCase(command);
     }
     return fmt::format(R"zsh(#compdef corvel
@@ -98,7 +132,8 @@ _corvel() {{
 
 _corvel "$@"
 )zsh",
-                       summaries, specifications(program.options, "        "), commands);
+                       described(program.commands, "        "), specifications(program.options, "        "),
+                       commands);
 }
 
 }  // namespace Corvel

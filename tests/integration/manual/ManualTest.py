@@ -25,8 +25,9 @@ def page():
     return re.sub(".\b", "", text)
 
 
-def commands():
-    listed = output(CORVEL, "--help").split("Subcommands:")[1].split("\n\n")[0]
+def commands(*command):
+    """The commands of the program, or the subcommands of one."""
+    listed = output(CORVEL, *command, "--help").partition("Subcommands:")[2].split("\n\n")[0]
     return re.findall(r"^  ([a-z]+) ", listed, re.MULTILINE)
 
 
@@ -37,9 +38,11 @@ class Manual(unittest.TestCase):
         for command in commands():
             section = re.search(rf"^   {command}\n(.*?)(?=^   \S|^\S)", text, re.MULTILINE | re.DOTALL)
             self.assertIsNotNone(section, command)
-            named = set(re.findall(r"--(?:\[no-\])?([\w-]+)", output(CORVEL, command, "--help").split("\nExamples")[0]))
-            for option in named - {"help"}:
-                self.assertIn(f"--{option}", section.group(1), command)
+            for typed in [[command], *([command, subcommand] for subcommand in commands(command))]:
+                help_text = output(CORVEL, *typed, "--help").split("\nExamples")[0]
+                self.assertIn("corvel " + " ".join(typed), section.group(1))
+                for option in set(re.findall(r"--(?:\[no-\])?([\w-]+)", help_text)) - {"help"}:
+                    self.assertIn(f"--{option}", section.group(1), typed)
 
     def test_page_has_no_complaint_of_the_formatter(self):
         complaints = subprocess.run(["man", "--warnings", "--local-file", str(FOLDER / "corvel.1")], text=True,

@@ -71,6 +71,9 @@ for shell in Bash Fish; do
     compare $shell 'corvel render --quality Lo' "$("in$shell" 'corvel render --quality Lo')" Low Lossless
     compare $shell 'corvel render sh' "$("in$shell" 'corvel render sh')" shot.0001.exr
     compare $shell 'corvel render --codec ap4' "$("in$shell" 'corvel render --codec ap4')" ap4h
+    compare $shell 'corvel presets ' "$("in$shell" 'corvel presets ')" list show save delete
+    compare $shell 'corvel presets save --' "$("in$shell" 'corvel presets save --')" --description --codec
+    compare $shell 'corvel presets save --codec ap4' "$("in$shell" 'corvel presets save --codec ap4')" ap4h
 done
 compare zsh 'corvel ren' "$(inZsh "$zshFolder" 'corvel ren')" 'corvel render'
 compare zsh 'corvel render --qual' "$(inZsh "$zshFolder" 'corvel render --qual')" 'corvel render --quality'
@@ -78,6 +81,9 @@ compare zsh 'corvel render --quality Loss' "$(inZsh "$zshFolder" 'corvel render 
     'corvel render --quality Lossless'
 compare zsh 'corvel render sh' "$(inZsh "$zshFolder" 'corvel render sh')" 'corvel render shot.0001.exr'
 compare zsh 'corvel render --codec avc' "$(inZsh "$zshFolder" 'corvel render --codec avc')" 'corvel render --codec avc1'
+compare zsh 'corvel presets sa' "$(inZsh "$zshFolder" 'corvel presets sa')" 'corvel presets save'
+compare zsh 'corvel presets save --desc' "$(inZsh "$zshFolder" 'corvel presets save --desc')" \
+    'corvel presets save --description'
 
 ((failed)) || printf 'bash, fish and zsh complete commands, options, words, files and codecs\n'
 exit "$failed"
