@@ -85,6 +85,11 @@ DialogAnswer CodecDialogModel::check(const DialogState& state) const {
 std::string CodecDialogModel::withValue(const DialogState& state, const std::string& key,
                                         const std::string& value) const {
     SettingPairs pairs = parseSettingPairs(state.settings);
+    // The curve of straight alpha goes with it: without it the key is refused, and no control shows it then.
+    if (key == "alpha" && value != alphaModeName(AlphaMode::Straight))
+        pairs.erase(std::remove_if(pairs.begin(), pairs.end(),
+                                   [](const auto& pair) { return pair.first == "curve"; }),
+                    pairs.end());
     const auto place =
         std::find_if(pairs.begin(), pairs.end(), [&](const auto& pair) { return pair.first == key; });
     SettingPairs without = pairs;

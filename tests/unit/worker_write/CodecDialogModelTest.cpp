@@ -71,6 +71,15 @@ TEST_F(CodecDialogModelTest, ChangesOneKeyAndLeavesTheRestOfTheTextAlone) {
     EXPECT_EQ(sut.withValue(state, "preset", "slow"), "colour=pq:meta.title=a\\:b:preset=slow");
 }
 
+TEST_F(CodecDialogModelTest, DropsTheCurveOfStraightAlphaWithIt) {
+    const DialogState state = stateOf("ProRes 4444", "alpha=straight:curve=rec709:threads=2");
+    const std::string changed = sut.withValue(state, "alpha", "none");
+    EXPECT_EQ(changed, "alpha=none:threads=2");
+    EXPECT_EQ(sut.check(stateOf("ProRes 4444", changed)).problem, "");
+    EXPECT_EQ(sut.withValue(state, "alpha", "premultiplied"), "threads=2") << "which is the default";
+    EXPECT_EQ(sut.withValue(state, "threads", "3"), "alpha=straight:curve=rec709:threads=3");
+}
+
 TEST_F(CodecDialogModelTest, LeavesOutWhatIsTheDefault) {
     EXPECT_EQ(sut.withValue(stateOf("H.264", "preset=fast"), "preset", "medium"), "");
     EXPECT_EQ(sut.withValue(stateOf("H.264", "colour=pq"), "transfer", "bt709"), "colour=pq:transfer=bt709")
