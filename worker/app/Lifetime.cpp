@@ -1,10 +1,10 @@
 #include "worker/app/Lifetime.h"
 
 #include <pthread.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 
 namespace Morvane::Worker {
 
@@ -50,6 +50,8 @@ Lifetime::~Lifetime() {
     changed.notify_all();
     watch.cancel();
     hostThread.join();
+    // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread): every thread blocks it; that one takes it with
+    // sigwait.
     pthread_kill(signalThread.native_handle(), SIGTERM);
     signalThread.join();
 }
