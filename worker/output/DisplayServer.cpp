@@ -24,6 +24,30 @@ int leaveTheCall(void* /*connection*/) {
     return 0;
 }
 
+// What is wanted of Xlib's report of a failed request; its header is not there on every system.
+struct FailedRequest {
+    int type;
+    void* connection;
+    unsigned long resource;
+    unsigned long serial;
+    unsigned char error;
+};
+
+using FailureHandler = int (*)(void*, FailedRequest*);
+
+std::atomic<bool> windowGone = false;
+FailureHandler formerHandler = nullptr;
+
+// A window that another client has destroyed is not there for requests that are under way. Xlib's own handler
+// ends the process, which is right for every other failure: those would be mistakes of ours.
+int noteWindow(void* connection, FailedRequest* request) {
+    constexpr unsigned char badWindow = 3;
+    constexpr unsigned char badDrawable = 9;
+    if (request->error == badWindow || request->error == badDrawable)
+        windowGone = true;
+    return windowGone || !formerHandler ? 0 : formerHandler(connection, request);
+}
+
 /// The end of the process must not come near the lost connection either: the libraries' own clean-up would
 /// wait for ever for a lock that the jump left behind.
 void endWithoutLibraries() {
@@ -42,17 +66,24 @@ bool DisplayServer::isNamed() {
 }
 
 void DisplayServer::watchForLoss() {
-    using Handler = int (*)(void*);
-    using SetHandler = Handler (*)(Handler);
+    using LossHandler = int (*)(void*);
+    using SetLossHandler = LossHandler (*)(LossHandler);
+    using SetFailureHandler = FailureHandler (*)(FailureHandler);
     // Not there under another kind of server, which reports its end as an event instead.
     void* library = dlopen("libX11.so.6", RTLD_NOW | RTLD_NOLOAD);
     if (!library)
         return;
-    if (const auto setHandler = reinterpret_cast<SetHandler>(dlsym(library, "XSetIOErrorHandler")))
+    if (const auto setHandler = reinterpret_cast<SetLossHandler>(dlsym(library, "XSetIOErrorHandler")))
         setHandler(leaveTheCall);
+    if (const auto setHandler = reinterpret_cast<SetFailureHandler>(dlsym(library, "XSetErrorHandler"))) {
+        const FailureHandler former = setHandler(noteWindow);
+        formerHandler = former == noteWindow ? formerHandler : former;
+    }
 }
 
 void DisplayServer::call(const std::function<void()>& body) {
+    if (windowGone)
+        throw StatusError(Status::InputOutput, "another program has destroyed the window");
     std::jmp_buf here;
     if (!lost && setjmp(here) == 0) {
         wayOut = &here;
@@ -68,6 +99,10 @@ void DisplayServer::call(const std::function<void()>& body) {
 
 bool DisplayServer::isLost() {
     return lost;
+}
+
+bool DisplayServer::isWindowGone() {
+    return windowGone;
 }
 
 }  // namespace Morvane::Worker

@@ -16,7 +16,7 @@ public:
     /// Whether the environment names a display server. Loads nothing and connects to nothing.
     static bool isNamed();
 
-    /// Makes losses show up in `call`. After every initialisation of the window library.
+    /// Makes losses show up in `call` and lost windows in `isWindowGone`. After every initialisation of the window library.
     static void watchForLoss();
 
     /// Runs `body`, which calls the window library. Throws StatusError when the server is lost on the way:
@@ -25,6 +25,11 @@ public:
 
     /// Whether a call has found the server lost. Any thread.
     static bool isLost();
+
+    /// Whether another program has destroyed the window, as a call has found. It is not told to the window
+    /// library, which would wait for ever for the end of a window that has ended: as after a loss, every
+    /// later `call` throws. Any thread.
+    static bool isWindowGone();
 };
 
 }  // namespace Morvane::Worker

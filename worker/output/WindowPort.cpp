@@ -101,8 +101,8 @@ bool WindowPort::createRenderer() {
 }
 
 void WindowPort::close() {
-    if (DisplayServer::isLost())
-        return;  // what is left of the window belongs to a server that is not there any more
+    if (DisplayServer::isLost() || DisplayServer::isWindowGone())
+        return;  // what is left of it cannot be closed any more
     try {
         DisplayServer::call([this] {
             if (texture)
@@ -127,6 +127,8 @@ void WindowPort::convert(const float* rgba, std::uint8_t* picture) {
 }
 
 void WindowPort::show(const std::uint8_t* picture) {
+    if (DisplayServer::isWindowGone())
+        return;  // the next event tells it
     DisplayServer::call([&] {
         sdl.updateTexture(texture, nullptr, picture, mode.width * 4);
         draw();
@@ -150,6 +152,8 @@ FramePlacement WindowPort::placeOfFrame() const {
 }
 
 PortEvent WindowPort::nextEvent() {
+    if (DisplayServer::isWindowGone())
+        return PortEvent::Close;
     PortEvent wish = PortEvent::None;
     DisplayServer::call([&] {
         SDL_Event event;
@@ -159,7 +163,7 @@ PortEvent WindowPort::nextEvent() {
             wish = meaningOf(event);
         }
     });
-    return wish;
+    return DisplayServer::isWindowGone() ? PortEvent::Close : wish;
 }
 
 }  // namespace Morvane::Worker

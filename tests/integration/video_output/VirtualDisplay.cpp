@@ -92,6 +92,10 @@ void VirtualDisplay::closeWindow(const std::string& title) const {
     XCloseDisplay(connection);
 }
 
+void VirtualDisplay::destroyWindow(const std::string& title) const {
+    outputOf({"xdotool", "windowclose", windowWithTitle(title)});
+}
+
 void VirtualDisplay::kill() {
     server->end(SIGKILL);
     server.reset();

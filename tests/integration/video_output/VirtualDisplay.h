@@ -33,6 +33,9 @@ public:
     /// Asks the window with that title to close, as its button would.
     void closeWindow(const std::string& title) const;
 
+    /// Destroys the window with that title without asking, as a program that is not its owner can.
+    void destroyWindow(const std::string& title) const;
+
     /// Ends the server as a crash would.
     void kill();
 

@@ -119,6 +119,20 @@ TEST_F(WindowOutput, AWindowThatThePersonClosesIsToldWithItsOwnStatus) {
     EXPECT_EQ(sut->selectMode(outputMode(640, 480, 25), window), 0);
 }
 
+TEST_F(WindowOutput, AWindowThatAnotherProgramDestroysCountsAsClosed) {
+    OutputWorker sut(OutputWorker::display(), "To be destroyed");
+    const TestFrame frame = TestFrame::bars(640, 480);
+    ASSERT_EQ(sut->selectMode(outputMode(640, 480, 25), window), 0);
+    ASSERT_EQ(sut->sendFrame(frame.bytes()), 0);
+
+    display->destroyWindow("To be destroyed");
+
+    EXPECT_EQ(sendUntilRefused(sut, frame), number(Status::Cancelled));
+    sut->closeOutput();
+    // What the window library keeps of it would be in the way of another one.
+    EXPECT_EQ(sut->selectMode(outputMode(640, 480, 25), window), number(Status::InputOutput));
+}
+
 TEST_F(WindowOutput, AWindowOfAnotherSizeScalesTheFrame) {
     OutputWorker sut(OutputWorker::display(), "Resized");
     ASSERT_EQ(sut->selectMode(outputMode(640, 480, 25), window), 0);
