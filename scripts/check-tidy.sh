@@ -11,7 +11,7 @@ trap 'rm -f "$log"' EXIT
 
 # The build folder is configured for g++, which has warnings that clang does not know.
 if run-clang-tidy-14 -quiet -p "$root/build/release" -j "$(nproc)" -extra-arg=-Wno-unknown-warning-option \
-    "^$root/(?=$folders/).*${1:-}" >"$log" 2>&1; then
+    "^$root/(?=$folders/).*(?:${1:-})" >"$log" 2>&1; then
     sources=$(grep -c '^clang-tidy' "$log" || true)
     if ((sources == 0)); then
         echo "check-tidy: no source's path matches '${1:-}'" >&2

@@ -53,13 +53,12 @@ std::string commandLines(const CommandFacts& command, const std::string& here, c
     if (!command.operands.empty() && command.operands.front().values == Values::File) {
         text += fmt::format("complete -c corvel -n '{}' -F\n", condition);
     }
-    std::string names;
+    std::string stillWanted = condition + "; and not __fish_seen_subcommand_from";
     for (const CommandFacts& subcommand : command.subcommands) {
-        names += " " + subcommand.name;
+        stillWanted += " " + subcommand.name;
     }
     for (const CommandFacts& subcommand : command.subcommands) {
-        text += commandLines(subcommand, condition + "; and not __fish_seen_subcommand_from" + names,
-                             condition + "; and ");
+        text += commandLines(subcommand, stillWanted, condition + "; and ");
     }
     return text;
 }

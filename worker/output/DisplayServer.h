@@ -16,7 +16,8 @@ public:
     /// Whether the environment names a display server. Loads nothing and connects to nothing.
     static bool isNamed();
 
-    /// Makes losses show up in `call` and lost windows in `isWindowGone`. After every initialisation of the window library.
+    /// Makes losses show up in `call` and lost windows in `isWindowGone`. After every initialisation of the
+    /// window library.
     static void watchForLoss();
 
     /// Runs `body`, which calls the window library. Throws StatusError when the server is lost on the way:
