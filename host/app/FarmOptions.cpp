@@ -156,8 +156,10 @@ void declareFarmOptions(CLI::App& app, FarmRequest& farm) {
             ->type_name("N")
             ->group(group);
     };
-    app.add_option("--farm", farm.engine,
-                   "Render in chunks: local, as processes of this machine, or slurm, on a cluster")
+    app.add_option(
+           "--farm", farm.engine,
+           "Render in chunks: local, as processes of this machine, or slurm, on a cluster; codecs such as "
+           "H.264 begin each with a key frame, which makes the movie a little larger")
         ->check(CLI::IsMember(std::vector<std::string>{"local", "slurm"}).description(""))
         ->type_name("ENGINE")
         ->group(group);

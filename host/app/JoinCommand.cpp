@@ -20,8 +20,8 @@ constexpr const char* footer =
     "--keyframerate 1)\n"
     "give the packets of one render of the whole. With others (H.264, HEVC, MPEG-4) each movie begins with a "
     "key frame\n"
-    "of its own, which takes as many bytes as some ten other frames, and the codec's control of the rate "
-    "starts anew.\n"
+    "of its own, and the codec's control of the rate starts anew: 240 frames of H.264 in 8 chunks took 2 percent "
+    "more bytes.\n"
     "\n"
     "Exit codes: 0 done, 1 they can't be joined; the output is then left as it was.";
 
