@@ -57,9 +57,9 @@ QWidget* PanelWindow::makeLeft() {
     auto* rows = new QFormLayout;
     inputLine = new QLineEdit(side);
     inputLine->setPlaceholderText("shot.####.exr, a still or a movie");
+    makeFileRow(*rows, "&Input", *inputLine, false);  // at once: Tab follows the order of making
     outputLine = new QLineEdit(side);
     outputLine->setPlaceholderText("shot.mov");
-    makeFileRow(*rows, "&Input", *inputLine, false);
     makeFileRow(*rows, "&Output", *outputLine, true);
     framesLine = new QLineEdit(side);
     framesLine->setPlaceholderText("all");
@@ -83,7 +83,7 @@ QWidget* PanelWindow::makeLeft() {
 }
 
 void PanelWindow::makeFileRow(QFormLayout& rows, const QString& label, QLineEdit& line, bool isOutput) {
-    auto* button = new QPushButton("…", this);
+    auto* button = new QPushButton("…", line.parentWidget());
     button->setMaximumWidth(3 * button->fontMetrics().height());
     button->setAccessibleName(isOutput ? "Choose the output" : "Choose the input");
     connect(button, &QPushButton::clicked, this, [this, &line, isOutput] { chooseFile(line, isOutput); });
