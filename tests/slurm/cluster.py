@@ -74,6 +74,8 @@ class Cluster:
             "AccountingStorageType=accounting_storage/none",
             "MpiDefault=none",
             "SwitchType=switch/none",
+            # Nobody but this machine can reach the daemons.
+            "CommunicationParameters=NoInAddrAny,NoCtldInAddrAny",
             "SlurmdTimeout=10",
             "KillWait=5",
             f"StateSaveLocation={self.folder}/state",
