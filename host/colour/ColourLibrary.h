@@ -63,12 +63,6 @@ public:
     virtual std::shared_ptr<const ColourConversion> openConversion(const std::string& configPath,
                                                                    const ColourRequest& request,
                                                                    const ColourInput& input) const = 0;
-    /// The displays of a configuration with their views, and its spaces, for people; as above.
-    virtual std::string contents(const std::string& configPath) const = 0;
-    /// Whether the configuration has a view of that name, for the display of that name or its own default
-    /// one; as above.
-    virtual bool hasView(const std::string& configPath, const std::string& display,
-                         const std::string& view) const = 0;
 };
 
 /// Loads it at the first call and keeps it until the process ends. Any thread. Throws std::runtime_error with

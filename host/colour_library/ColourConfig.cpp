@@ -107,10 +107,6 @@ std::string ColourConfig::view(const std::string& display, const std::string& na
     return found;
 }
 
-bool ColourConfig::hasView(const std::string& display, const std::string& name) const {
-    return !among(views(display), name).empty();
-}
-
 void ColourConfig::checkLooks(const std::string& looks) const {
     const std::vector<std::string> all =
         listed(config->getNumLooks(), [this](int i) { return config->getLookNameByIndex(i); });

@@ -24,7 +24,6 @@ public:
     /// Displays and views, letter case ignored; an empty name is the default one. Throw Failure (Usage).
     std::string display(const std::string& name) const;
     std::string view(const std::string& display, const std::string& name) const;
-    bool hasView(const std::string& display, const std::string& name) const;
     /// Throws Failure (Usage) for a look that it does not have.
     void checkLooks(const std::string& looks) const;
 
