@@ -35,6 +35,14 @@ GEOMETRY = {
     "mask-sides": [*SMALL, "--fit", "fill", "--mask", "1.33:0.7"],
 }
 
+WORDS = ["--timecode", "01:00:00:00", "--field", "show=Orion", "--field", "note=for review"]
+MORE = ["--field", "version=v012", "--field", "artist=J. Müller, 山田", "--field", "task=comp", "--reel", "A001"]
+SLATE = ["--format", "1280x720", "--fit", "inside", "--codec", "apch", "--fps", "24", "--slate", "default", *WORDS, *MORE]
+WRITTEN = {
+    "burnin-480": (["--format", "854x480", "--fit", "fill", "--burnin", "default", *WORDS], 854),
+    "burnin-2160": (["--format", "3840x2160", "--fit", "fill", "--burnin", "default", *WORDS], 854),
+}
+
 
 def run(*command):
     subprocess.run([str(word) for word in command], check=True, stdin=subprocess.DEVNULL)
@@ -46,11 +54,21 @@ def make_plates(folder):
         run("convert", *shlex.split(PLATE), "-depth", "8", folder / f"sh010_comp.{frame}.png")
 
 
-def render(plate, options, path, folder):
-    made = folder / "made.png"
-    run(CORVEL, "render", plate, "-o", made, "-y", "--channels", "rgb", "--progress", "none", *options)
+def render(folder, options, path, width=0):
+    run(CORVEL, "render", folder / "sh010_comp.####.png", "-o", folder / "made.####.png", "-y", "--channels", "rgb",
+        "--progress", "none", *options)
+    made = min(folder.glob("made.*.png"))
     # Few enough colours for a document.
-    run("convert", made, "-depth", "8", "-strip", "-colors", "256", "-define", "png:exclude-chunks=date,time", path)
+    run("convert", made, *(["-resize", width] if width else []), "-depth", "8", "-strip", "-colors", "256", "-define", "png:exclude-chunks=date,time", path)
+
+
+def render_slate(folder, path):
+    """Out of a movie, whose codec it names."""
+    movie, made = folder / "sh010_comp.mov", folder / "slate.png"
+    run(CORVEL, "render", folder / "sh010_comp.####.png", "-o", movie, "--progress", "none", *SLATE)
+    run("ffmpeg", "-v", "error", "-y", "-i", movie, "-frames:v", "1", made)
+    run("convert", made, "-resize", "854", "-depth", "8", "-strip", "-colors", "256", "-define",
+        "png:exclude-chunks=date,time", path)
 
 
 def main():
@@ -60,7 +78,10 @@ def main():
         folder = pathlib.Path(temporary)
         make_plates(folder)
         for name, options in GEOMETRY.items():
-            render(folder / "sh010_comp.1001.png", options, target / f"{name}.png", folder)
+            render(folder, options, target / f"{name}.png")
+        for name, (options, width) in WRITTEN.items():
+            render(folder, options, target / f"{name}.png", width)
+        render_slate(folder, target / "slate.png")
 
 
 if __name__ == "__main__":

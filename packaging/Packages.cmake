@@ -17,7 +17,9 @@ set(CPACK_DEBIAN_CORVEL_PACKAGE_SHLIBDEPS ON)
 # The SDK's library belongs to the package itself.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CORVEL_CONTENTS}/Frameworks)
 # Loaded when a window is wanted, so a machine without a screen can do without.
-set(CPACK_DEBIAN_CORVEL_PACKAGE_RECOMMENDS libsdl2-2.0-0)
+set(CPACK_DEBIAN_CORVEL_PACKAGE_RECOMMENDS "libsdl2-2.0-0, fonts-noto-core, fonts-noto-cjk")
+# To write into pictures with, whatever else is there.
+set(CPACK_DEBIAN_CORVEL_PACKAGE_DEPENDS fonts-dejavu-core)
 set(CPACK_COMPONENT_CORVEL_DESCRIPTION
   "Corvel renders image sequences to QuickTime movies from the command line,
 with sound, time code and reel name, and movies to image sequences.")

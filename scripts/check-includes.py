@@ -33,6 +33,7 @@ LIBRARIES = [
     ("conversion library", r"zimg", {"worker"}),
     ("video output library", r"SDL", {"worker"}),
     ("image library", r"(OpenImageIO|OpenEXR|Imath)/|openexr|Imf|tiffio|png\.h|jpeglib", {"host"}),
+    ("text library", r"pango/|cairo|fontconfig/|hb\.h|ft2build", {"host"}),
     ("colour library", r"OpenColorIO/", {"host"}),
 ]
 

@@ -100,6 +100,10 @@ void refuseWhatCannotBe(const RenderRequest& request) {
     if (request.advanced) {
         throw Failure(Exit::Usage, "--farm goes without --advanced: nobody is at the dialog");
     }
+    const BurnInRequest& written = request.burnIns;
+    if (!written.slate.empty() || !written.burnIn.empty() || !written.texts.empty()) {
+        throw Failure(Exit::Usage, "--farm goes without slate and burn-ins: a chunk does not know the movie");
+    }
     if (std::filesystem::exists(request.output) && !request.overwrite && !request.dryRun) {
         throw Failure(Exit::Usage, fmt::format("{} exists already; -y replaces it", request.output));
     }

@@ -4,6 +4,7 @@
 #include <chrono>
 #include <optional>
 
+#include "host/app/BurnInOptions.h"
 #include "host/app/ColourOptions.h"
 #include "host/app/Command.h"
 #include "host/app/FarmOptions.h"
@@ -83,6 +84,7 @@ void RenderCommand::declare(CLI::App& app) {
     declarePicture(app);
     declareGeometryOptions(app, request.format, request.geometry);
     declareColourOptions(app, request.colour);
+    declareBurnInOptions(app, request.burnIns);
     declareMetadata(app);
     declareRunning(app);
     declareFarmOptions(app, farm);

@@ -76,6 +76,17 @@ std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec
     return values;
 }
 
+Metadata attributesOf(const OIIO::ImageSpec& spec) {
+    Metadata attributes;
+    for (const OIIO::ParamValue& attribute : spec.extra_attribs) {
+        if (attribute.type() == OIIO::TypeString || attribute.type() == OIIO::TypeInt ||
+            attribute.type() == OIIO::TypeFloat) {
+            attributes[attribute.name().string()] = attribute.get_string();
+        }
+    }
+    return attributes;
+}
+
 Metadata metadataOf(const OIIO::ImageSpec& spec) {
     Metadata metadata;
     const auto set = [&metadata](const char* key, const std::string& value) {

@@ -27,4 +27,7 @@ std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec
 /// conforming systems put it.
 Metadata metadataOf(const OIIO::ImageSpec& spec);
 
+/// The texts and numbers of the file's header, by the names that the library gives them.
+Metadata attributesOf(const OIIO::ImageSpec& spec);
+
 }  // namespace Corvel

@@ -100,6 +100,7 @@ PictureHeader headerOf(const OIIO::ImageSpec& spec) {
     header.colourSpace = colourSpaceOf(spec);
     header.chromaticities = chromaticitiesOf(spec);
     header.metadata = metadataOf(spec);
+    header.attributes = attributesOf(spec);
     if (const int orientation = orientationOf(spec); orientation != upright) {
         const bool onItsSide = orientation > 4;
         header.data = {0, 0, onItsSide ? spec.height : spec.width, onItsSide ? spec.width : spec.height};

@@ -1,5 +1,7 @@
 #include "host/images/ExrStatement.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
@@ -67,6 +69,27 @@ std::optional<std::array<float, 8>> chromaticitiesOf(exr_const_context_t file) {
     }
     return std::array{stated.red_x,  stated.red_y,  stated.green_x, stated.green_y,
                       stated.blue_x, stated.blue_y, stated.white_x, stated.white_y};
+}
+
+// Texts and numbers, as people and renderers leave them in headers.
+Metadata attributesOf(exr_const_context_t file) {
+    Metadata attributes;
+    std::int32_t count = 0;
+    exr_get_attribute_count(file, 0, &count);
+    for (std::int32_t i = 0; i < count; ++i) {
+        const exr_attribute_t* attribute = nullptr;
+        if (exr_get_attribute_by_index(file, 0, EXR_ATTR_LIST_FILE_ORDER, i, &attribute) != EXR_ERR_SUCCESS) {
+            continue;
+        }
+        if (attribute->type == EXR_ATTR_STRING) {
+            attributes[attribute->name] = textOf(file, attribute->name);
+        } else if (attribute->type == EXR_ATTR_INT) {
+            attributes[attribute->name] = fmt::format("{}", attribute->i);
+        } else if (attribute->type == EXR_ATTR_FLOAT) {
+            attributes[attribute->name] = fmt::format("{:.6g}", attribute->f);
+        }
+    }
+    return attributes;
 }
 
 bool isOrdinary(exr_const_context_t file) {
@@ -139,6 +162,7 @@ std::optional<ExrStatement> stateOf(const ExrFile& file) {
     header.colourSpace = colourSpaceOf(context);
     header.chromaticities = chromaticitiesOf(context);
     header.metadata = metadataOf(context);
+    header.attributes = attributesOf(context);
     return statement;
 }
 

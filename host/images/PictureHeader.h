@@ -28,6 +28,7 @@ struct PictureHeader {
     /// CIE x and y of red, green, blue and white, where the file states them.
     std::optional<std::array<float, 8>> chromaticities;
     Metadata metadata;
+    Metadata attributes;  ///< texts and numbers of the file's header, by their own names there
 };
 
 }  // namespace Corvel

@@ -21,7 +21,8 @@ std::string framesText(const RenderPlan& plan) {
     }
     const auto filled = std::count_if(plan.frames.begin(), plan.frames.end(),
                                       [](const PlannedFrame& frame) { return frame.isFilled(); });
-    return fmt::format("{} ({} in all{})", frameRangeText(numbers), numbers.size(),
+    return fmt::format("{} ({} in all{}{})", frameRangeText(numbers), numbers.size(),
+                       plan.slate ? ", the first one a slate" : "",
                        filled > 0 ? fmt::format(", {} of them missing and filled", filled) : "");
 }
 

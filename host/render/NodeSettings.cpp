@@ -28,6 +28,9 @@ constexpr const char* settingsKnob = "settings";
 constexpr const char* rateKnob = "fps";
 constexpr const char* useAspectKnob = "use_format_aspect";
 constexpr const char* writeTimecodeKnob = "writeTimeCode";
+constexpr const char* soundKnob = "audiofile";
+constexpr const char* soundOffsetKnob = "audio_offset";
+constexpr const char* soundUnitsKnob = "units";
 constexpr const char* dialogKnob = "advanced";
 
 constexpr const char* timecodeKey = "input/timecode";
@@ -114,7 +117,19 @@ void settleTimecode(const Write& node, const RenderRequest& request, RenderPlan&
     }
     if (plan.timecodeLead != 0) {
         entry->second = timecodeBefore(entry->second, rate, plan.timecodeLead);
+        plan.timecodeLead = 0;
     }
+}
+
+// The sound begins with the first picture: behind the slate, as long as that is seen.
+void shiftSound(Write& node, const RenderPlan& plan) {
+    const Kex::Image::Knob* const sound = node.knob(soundKnob);
+    if (!plan.slate || sound == nullptr || sound->get_text().empty()) {
+        return;
+    }
+    const bool inFrames = knobNumber(node, soundUnitsKnob) != 0;
+    const double later = inFrames ? 1 : 1 / knobNumber(node, rateKnob);
+    applyKnob(node, soundOffsetKnob, fmt::format("{:.9g}", knobNumber(node, soundOffsetKnob) + later));
 }
 
 void addTimecode(SettingsText& settings, const Write& node, const RenderPlan& plan) {
@@ -211,6 +226,7 @@ void applySettings(Write& node, PictureNode& picture, const RenderRequest& reque
         applyKnob(node, dialogKnob, "");
     }
     checkRate(node);
+    shiftSound(node, plan);
     settleTimecode(node, request, plan);
     picture.setMetaData(bundleOf(plan.metadata));
     addToSettings(node, request, plan);

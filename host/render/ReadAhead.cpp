@@ -5,8 +5,8 @@
 namespace Corvel {
 
 ReadAhead::ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
-                     MakePictureSteps makeSteps)
-    : source(source), plan(std::move(plan)), makeSteps(std::move(makeSteps)) {
+                     MakePictureSteps makeSteps, PictureHeader blank)
+    : source(source), plan(std::move(plan)), makeSteps(std::move(makeSteps)), blank(std::move(blank)) {
     for (std::size_t i = 0; i < std::max<std::size_t>(limits.pictures, 2); ++i) {
         freePictures.push_back(std::make_unique<Picture>());
     }
@@ -52,8 +52,14 @@ ReadAhead::Slot* ReadAhead::beginFrame(std::unique_lock<std::mutex>& lock) {
     return underWay.back().get();
 }
 
-void ReadAhead::read(FrameReader& reader, const PictureSteps& steps, Slot& slot) {
-    slot.header = reader.read(*slot.planned.source, *slot.picture);
+void ReadAhead::read(FrameReader& reader, const PictureSteps& steps, Slot& slot) const {
+    if (slot.planned.source) {
+        slot.header = reader.read(*slot.planned.source, *slot.picture);
+    } else if (!steps.empty()) {
+        slot.header = blank;
+        slot.picture->reset(blank.display.width, blank.display.height, blank.hasAlpha ? 4 : 3);
+        slot.picture->clear();
+    }
     for (const std::unique_ptr<PictureStep>& step : steps) {
         step->apply({slot.planned.number, slot.position, slot.header}, *slot.picture);
     }
@@ -65,12 +71,10 @@ void ReadAhead::readFrames() {
     std::unique_lock lock(mutex);
     while (Slot* slot = beginFrame(lock)) {
         lock.unlock();
-        if (slot->planned.source) {
-            try {
-                read(*reader, steps, *slot);
-            } catch (...) {
-                slot->failure = std::current_exception();
-            }
+        try {
+            read(*reader, steps, *slot);
+        } catch (...) {
+            slot->failure = std::current_exception();
         }
         lock.lock();
         slot->done = true;
@@ -102,7 +106,7 @@ std::optional<ReadAhead::Frame> ReadAhead::next() {
     if (taken->failure) {
         std::rethrow_exception(taken->failure);
     }
-    return Frame{taken->planned, taken->header, taken->planned.source ? taken->picture.get() : nullptr};
+    return Frame{taken->planned, taken->header, taken->hasPicture() ? taken->picture.get() : nullptr};
 }
 
 }  // namespace Corvel

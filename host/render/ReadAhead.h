@@ -34,12 +34,13 @@ public:
     struct Frame {
         PlannedFrame planned;
         PictureHeader header;
-        Picture* picture = nullptr;  ///< null for a black frame
+        Picture* picture = nullptr;  ///< null for a black frame without steps
     };
 
-    /// Starts reading. `source` must outlive this object. A black frame goes through no step.
+    /// Starts reading. `source` must outlive this object. Where there are steps, a black frame goes through
+    /// them as a black picture of the size that `blank` says, transparent where that has alpha.
     ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
-              MakePictureSteps makeSteps = {});
+              MakePictureSteps makeSteps = {}, PictureHeader blank = {});
     /// Gives up the frames not yet begun and waits for those under way.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -57,6 +58,8 @@ public:
 private:
     /// One frame of the plan while it is under way.
     struct Slot {
+        bool hasPicture() const { return planned.source || header.display.width > 0; }
+
         PlannedFrame planned;
         std::size_t position = 0;  // in the plan
         PictureHeader header;
@@ -66,13 +69,14 @@ private:
     };
 
     void readFrames();
-    static void read(FrameReader& reader, const PictureSteps& steps, Slot& slot);
+    void read(FrameReader& reader, const PictureSteps& steps, Slot& slot) const;
     Slot* beginFrame(std::unique_lock<std::mutex>& lock);
     void recycle(std::unique_ptr<Picture> picture);
 
     const FrameSource& source;
     const std::vector<PlannedFrame> plan;
     const MakePictureSteps makeSteps;
+    const PictureHeader blank;
     std::mutex mutex;
     std::condition_variable pictureFree;  // or stopping
     std::condition_variable frameDone;

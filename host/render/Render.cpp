@@ -13,6 +13,7 @@
 #include "filesystem/FileSystem.h"
 #include "host/images/ImageSequence.h"
 #include "host/movies/MovieSource.h"
+#include "host/render/BurnIns.h"
 #include "host/render/DryRun.h"
 #include "host/render/NodeHost.h"
 #include "host/render/NodeSettings.h"
@@ -87,7 +88,8 @@ Exit RenderRun::run() {
 }
 
 Exit RenderRun::writeFrames() {
-    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps);
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps,
+                     blankHeader(plan));
     try {
         while (const auto frame = frames.next()) {
             if (host.helper().interrupts().count() > 0) {
@@ -203,6 +205,7 @@ Exit render(const RenderRequest& asked, Reporter& reporter) {
         helpers->setTimeout(request.helperTimeout);
     }
     if (writesImages(request.output)) {
+        addBurnIns(request, plan, nullptr);
         return renderImages(request, plan, *helpers, reporter);
     }
     NodeHost host(request.output, plan.format, plan.depth, *helpers);
@@ -216,6 +219,7 @@ Exit render(const RenderRequest& asked, Reporter& reporter) {
         host.helper().setActivity("setting up");
     }
     applySettings(host.node(), host.picture(), request, plan);
+    addBurnIns(request, plan, &host.node());
     if (request.dryRun) {
         fmt::print("{}", dryRunText(request, plan, host.node()));
         reporter.end({});

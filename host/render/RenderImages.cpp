@@ -117,7 +117,8 @@ Exit ImageRun::run() {
 }
 
 void ImageRun::writeFrames() {
-    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps);
+    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps,
+                     blankHeader(plan));
     const bool fromMovie = isMovieName(request.input);
     while (helpers.interrupts().count() == 0) {
         // A movie's frames come from a helper.
@@ -170,8 +171,9 @@ PictureHeader ImageRun::headerOf(const ReadAhead::Frame& frame) const {
     }
     // A frame that fills a gap has the header of another one, or none; a time code from the person counts
     // from the first frame.
+    const bool isSlate = plan.slate && frame.planned == plan.frames.front();
     const auto start = plan.metadata.find("input/timecode");
-    if (start != plan.metadata.end() && (!request.timecode.empty() || frame.planned.isFilled())) {
+    if (start != plan.metadata.end() && (!request.timecode.empty() || frame.planned.isFilled() || isSlate)) {
         const int position = frame.planned.number - plan.frames.front().number - plan.timecodeLead;
         header.metadata["input/timecode"] = timecodeAfter(start->second, position, nominalRateOf(plan));
     }

@@ -13,6 +13,7 @@
 #include "Kex/Image/LUT.h"
 #include "host/images/SequencePattern.h"
 #include "host/movies/MovieSource.h"
+#include "host/render/BurnIns.h"
 #include "host/render/ColourPlan.h"
 #include "host/render/Curves.h"
 #include "host/render/Failure.h"
@@ -84,6 +85,14 @@ std::uint64_t frameBytes(const Kex::Image::Format& format) {
            static_cast<std::uint64_t>(format.height());
 }
 
+PictureHeader blankHeader(const RenderPlan& plan) {
+    PictureHeader header;
+    header.display = header.data = plan.picture;
+    header.pixelAspect = plan.format.pixelAspect();
+    header.hasAlpha = plan.depth == 4;
+    return header;
+}
+
 ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan& plan) {
     const unsigned threads =
         request.threads != 0 ? request.threads : std::max(std::thread::hardware_concurrency(), 1u);
@@ -102,6 +111,8 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
         // Values stay as they are on their way into and out of the colour transform.
         inputCurve = plan.lut = Kex::Image::LUT::getLut(0);
     }
+    plan.burnIn = planBurnIns(request.burnIns);
+    plan.slate = planSlate(request.burnIns);
     checkOutput(request.output, request.overwrite || request.dryRun);
     plan.source = openInput(inputCurve);
     plan.frames = planFrames(*plan.source, request.frames, request.missing, request.order);
@@ -115,6 +126,9 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
     plan.timecodeLead = static_cast<int>(first);
     addRequested(request, plan);
     plan.colour = planColour(request, header);
+    if (plan.slate) {
+        addSlateFrame(plan);
+    }
     plan.steps = stepsFor(request, header, plan);
     return plan;
 }

@@ -3,9 +3,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include "Kex/Image/Format.h"
+#include "host/burnin/Template.h"
 #include "host/colour/BrokenPixels.h"
 #include "host/colour/ColourLibrary.h"
 #include "host/images/FrameSource.h"
@@ -23,6 +25,8 @@ namespace Corvel {
 struct RenderPlan {
     std::unique_ptr<FrameSource> source;
     std::vector<PlannedFrame> frames;                ///< at least one
+    std::optional<BurnInTemplate> burnIn;            ///< written over every picture
+    std::optional<SlateTemplate> slate;              ///< what the first of the frames is then
     Window picture;                                  ///< size that every frame of the input must have
     MakePictureSteps steps;                          ///< what is done to each picture before it is written
     std::shared_ptr<const ColourConversion> colour;  ///< null without colour management
@@ -48,6 +52,10 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput);
 
 /// How far the frames of the plan are read ahead.
 ReadAhead::Limits readAheadLimits(const RenderRequest& request, const RenderPlan& plan);
+
+/// What stands for a frame that the input does not have: the header of a picture of its size that is black
+/// and, where the movie has alpha, transparent.
+PictureHeader blankHeader(const RenderPlan& plan);
 
 /// Bytes that one frame takes between host and helper.
 std::uint64_t frameBytes(const Kex::Image::Format& format);

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/burnin/BurnInRequest.h"
 #include "host/colour/ColourRequest.h"
 #include "host/geometry/GeometryRequest.h"
 #include "host/render/FramePlan.h"
@@ -35,6 +36,7 @@ struct RenderRequest {
     std::optional<int> channels;  ///< 3 or 4
     std::optional<FormatRequest> format;
     GeometryRequest geometry;
+    BurnInRequest burnIns;
     std::string lut;       ///< name of the curve of the movie's values; empty for the writer's own
     std::string inputLut;  ///< name of the curve of the input's values; empty for the files' own statement
     ColourRequest colour;

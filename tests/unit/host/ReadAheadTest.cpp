@@ -80,6 +80,34 @@ TEST(ReadAhead, ThrowsWhereTheUnreadableFrameHasItsTurn) {
     EXPECT_EQ(sut.next()->planned.number, 4) << "the others can still be had";
 }
 
+TEST(ReadAhead, DoesTheStepsToABlackFrameAsToAPictureOfThatSize) {
+    class Marking : public PictureStep {
+    public:
+        void apply(const FrameUnderWay& frame, Picture& picture) override {
+            EXPECT_EQ(frame.header.display.width, 3);
+            picture.row(0, 1)[2] += 1;
+        }
+    };
+    const FakeSource source({1});
+    const auto steps = [] {
+        PictureSteps made;
+        made.push_back(std::make_unique<Marking>());
+        return made;
+    };
+    PictureHeader blank;
+    blank.display = {0, 0, 3, 2};
+    blank.hasAlpha = true;
+    ReadAhead sut(source, {{1, std::nullopt, 1}, {2, std::nullopt, 2}}, {1, 2}, steps, blank);
+    for (int time = 0; time < 2; ++time) {
+        const auto frame = sut.next();
+        ASSERT_TRUE(frame && frame->picture);
+        EXPECT_EQ(frame->picture->width(), 3);
+        EXPECT_EQ(frame->picture->channels(), 4);
+        EXPECT_EQ(frame->picture->row(0, 1)[2], 1);
+        EXPECT_EQ(frame->picture->row(3, 0)[0], 0);
+    }
+}
+
 TEST(ReadAhead, GivesNoPictureForABlackFrame) {
     FakeSource source({1});
     source.onRead = [](int) { FAIL() << "there is nothing to read"; };
