@@ -48,6 +48,8 @@ void PanelWindow::makeWindow() {
     auto* column = new QVBoxLayout(this);
     column->addWidget(splitter, 1);
     makeRenderRow(*column);
+    // In less room, lines that are broken would take the picture's.
+    setMinimumSize(80 * fontMetrics().averageCharWidth(), 27 * fontMetrics().height());
 }
 
 QWidget* PanelWindow::makeLeft() {
