@@ -120,7 +120,7 @@ void SlateStep::paintTexts(const FrameUnderWay& frame, Picture& picture) {
     y += write(picture, slate.heading.textWith(lookup), across, y, slate.style.size * 2.4, true,
                slate.style.letters, widest);
     y += rounded(slate.style.size * unit * 0.5);
-    const int indent = rounded(slate.style.size * unit * 5.2 / context.pixelAspect);
+    const int indent = rounded(slate.style.size * unit * 5.8 / context.pixelAspect);
     for (const SlateTemplate::Line& line : slate.lines) {
         const std::string text = line.text.textWith(lookup);
         const int room = barsTop - y;
