@@ -49,7 +49,7 @@ void PanelWindow::makeWindow() {
     column->addWidget(splitter, 1);
     makeRenderRow(*column);
     // In less room, lines that are broken would take the picture's.
-    setMinimumSize(80 * fontMetrics().averageCharWidth(), 27 * fontMetrics().height());
+    setMinimumHeight(27 * fontMetrics().height());
 }
 
 QWidget* PanelWindow::makeLeft() {
