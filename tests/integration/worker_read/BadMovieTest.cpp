@@ -72,6 +72,31 @@ TEST_F(BadMovieTest, RefusesSoundWithoutPictures) {
     EXPECT_NE(errors().find("no picture track"), std::string::npos);
 }
 
+/// Fragments announce a track whether anything comes in it or not.
+TEST_F(BadMovieTest, ReadsPicturesBesideATrackOfNoLength) {
+    runFfmpeg({"-f", "lavfi", "-i", "testsrc=size=64x48:rate=25:duration=0.2", "-f", "lavfi", "-i",
+               "sine=duration=0.2", "-c:v", "png", "-c:a", "pcm_s16le", "-af", "atrim=end=0", "-movflags",
+               "empty_moov+frag_keyframe", path("silent.mov")});
+
+    open(path("silent.mov"));
+
+    EXPECT_EQ(openStatus, 0);
+    EXPECT_FALSE(read(4).empty());
+}
+
+TEST_F(BadMovieTest, RefusesEveryFrameOfAPictureTrackOfNoLength) {
+    runFfmpeg({"-f", "lavfi", "-i", "testsrc=size=64x48:rate=25:duration=0.2", "-c:v", "png", "-movflags",
+               "empty_moov+frag_keyframe", path("whole.mov")});
+    const std::string whole = contentOf(path("whole.mov"));
+    write(path("none.mov"), whole.substr(0, whole.find("moof") - 4));
+
+    open(path("none.mov"));
+
+    EXPECT_EQ(openStatus, 0);
+    EXPECT_TRUE(read(0).empty());
+    EXPECT_EQ(readStatus, -50);
+}
+
 TEST_F(BadMovieTest, OpensNoOtherFileThanTheOneThatWasNamed) {
     makeMovie("secret.mov", 2, {"-c:v", "mjpeg"});
     write(path("list.mov"), "ffconcat version 1.0\nfile secret.mov\n");
