@@ -73,6 +73,7 @@ KnobField::KnobField(const QJsonObject& knob, Listener told, QWidget* parent)
     setToolTip(tip + (byDialog ? QString(tip.isEmpty() ? "" : "\n") + "A dialog of the node's sets it, too."
                                : QString()));
     setFocusProxy(layout()->itemAt(0)->widget());
+    setFocusPolicy(focusProxy()->focusPolicy());  // or it could not be put into the order of Tab
     focusProxy()->setAccessibleName(labelOf(knob));
     show(knob);
 }

@@ -41,6 +41,24 @@ void KnobForm::makeFields() {
         name->setToolTip(field->toolTip());
         form->addRow(name, field);
     }
+    orderFields();
+}
+
+/// Tab comes from what stands above the form, whenever the fields were made: new widgets come last by
+/// themselves. What a field is made of moves with it.
+void KnobForm::orderFields() {
+    const auto takesTab = [](const QWidget& widget) { return (widget.focusPolicy() & Qt::TabFocus) != 0; };
+    QWidget* last = previousInFocusChain();
+    while (last != this && !takesTab(*last)) {
+        last = last->previousInFocusChain();
+    }
+    for (const QJsonValue knob : std::as_const(knobs)) {
+        KnobField* const field = fields.value(knob["name"].toString());
+        if (field->focusProxy()) {
+            setTabOrder(last, field);
+            last = field;
+        }
+    }
 }
 
 QJsonObject KnobForm::values() const {

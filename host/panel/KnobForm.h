@@ -30,6 +30,7 @@ public:
 
 private:
     void makeFields();
+    void orderFields();
 
     const KnobField::Listener listener;
     Morvane::Desktop::Mnemonics& letters;

@@ -6,6 +6,7 @@
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <ctime>
 #include <iostream>
@@ -113,6 +114,33 @@ TEST_F(RepaintMeterTest, ACallThatCalculatesForLongIsAGap) {
     waitUntil([&] { return sut.repaints() > 2; });
 
     EXPECT_GE(sut.longestGap(), 150ms);
+}
+
+TEST_F(PanelRepaintTest, TabGoesThroughTheKnobsBetweenWhatStandsAboveAndBesideThem) {
+    Corvel::Panel::PanelWindow window(movie);
+    window.show();
+    ASSERT_TRUE(waitUntil([&] { return window.windowTitle() == "Corvel: in.mov"; }));
+    const QList<QLineEdit*> lines = window.findChildren<QLineEdit*>();
+    const auto input = std::find_if(lines.begin(), lines.end(), [](const QLineEdit* line) {
+        return line->placeholderText().startsWith("shot.####.exr");
+    });
+    ASSERT_NE(input, lines.end());
+    QStringList order;
+    const QWidget* widget = *input;
+    do {
+        const auto* const button = qobject_cast<const QPushButton*>(widget);
+        order << (button ? button->text() : widget->accessibleName());
+        widget = widget->nextInFocusChain();
+    } while (widget != *input);
+
+    const std::array places{order.indexOf("&Delete"),
+                            order.indexOf("Codec"),
+                            order.indexOf("Quality"),
+                            order.indexOf("Settings"),
+                            order.indexOf("Messages of the node"),
+                            order.indexOf("&Render")};
+    EXPECT_GT(places.front(), 0);
+    EXPECT_TRUE(std::is_sorted(places.begin(), places.end())) << order.join(", ").toStdString();
 }
 
 // The best of a few renders: what the panel does by itself it does in each of them; what a machine does to
