@@ -4,18 +4,12 @@
 #include <chrono>
 #include <optional>
 
-#include "host/app/BurnInOptions.h"
-#include "host/app/ColourOptions.h"
 #include "host/app/Command.h"
 #include "host/app/FarmOptions.h"
-#include "host/app/FrameOptions.h"
-#include "host/app/GeometryOptions.h"
-#include "host/app/KnobOptions.h"
 #include "host/app/ProgressOption.h"
+#include "host/app/ShotOptions.h"
 #include "host/app/SoundCheck.h"
 #include "host/app/StartUp.h"
-#include "host/presets/PresetStore.h"
-#include "host/render/Curves.h"
 #include "host/render/Render.h"
 
 namespace Corvel {
@@ -40,14 +34,6 @@ constexpr const char* footer =
     "the\n"
     "QuickTime helper is missing or died, 130 interrupted.";
 
-std::pair<std::string, std::string> parsePair(const std::string& text) {
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0) {
-        throw CLI::ValidationError("--metadata", fmt::format("\"{}\" is not of the form KEY=VALUE", text));
-    }
-    return {text.substr(0, equals), text.substr(equals + 1)};
-}
-
 class RenderCommand : public Command {
 public:
     std::string name() const override { return "render"; }
@@ -57,8 +43,6 @@ public:
 
 private:
     void declareFiles(CLI::App& app);
-    void declarePicture(CLI::App& app);
-    void declareMetadata(CLI::App& app);
     void declareRunning(CLI::App& app);
 
     RenderRequest request;
@@ -71,21 +55,10 @@ private:
 void RenderCommand::declare(CLI::App& app) {
     options = &app;
     declareFiles(app);
-    declareFrameOptions(app, "render", request.frames, request.missing);
-    declareOrderOptions(app, request.order);
-    app.add_option("--preset", preset,
-                   "Start from the knob values of that preset, as `corvel presets list` names them")
-        ->type_name("NAME")
-        ->group("Codec");
-    declareKnobOptions(app, request.knobs);
+    declareShotOptions(app, "render", request, preset);
     app.add_flag("--advanced", request.advanced,
                  "Show the codec's own settings dialog first, once all other settings are made")
         ->group("Codec");
-    declarePicture(app);
-    declareGeometryOptions(app, request.format, request.geometry);
-    declareColourOptions(app, request.colour);
-    declareBurnInOptions(app, request.burnIns);
-    declareMetadata(app);
     declareRunning(app);
     declareFarmOptions(app, farm);
     app.footer(footer);
@@ -103,48 +76,6 @@ void RenderCommand::declareFiles(CLI::App& app) {
     app.add_flag(
         "-y,--overwrite", request.overwrite,
         "Replace an existing movie, once the new one is whole, or existing images (default: refuse)");
-}
-
-void RenderCommand::declarePicture(CLI::App& app) {
-    constexpr const char* group = "Picture";
-    const std::map<std::string, int> channels{{"rgb", 3}, {"rgba", 4}};
-    app.add_option("--channels", request.channels, "rgb or rgba (default: what the input has)")
-        ->transform(CLI::CheckedTransformer(channels, CLI::ignore_case).description(""))
-        ->type_name("WHICH")
-        ->group(group);
-    const std::string curves = curveNames();
-    app.add_option("--lut", request.lut,
-                   fmt::format("Curve of the movie's values: {} (default: srgb)", curves))
-        ->type_name("NAME")
-        ->group(group);
-    app.add_option(
-           "--input-lut", request.inputLut,
-           "Curve of the input's values (default: what the files say, else linear for floats, srgb for "
-           "integers)")
-        ->type_name("NAME")
-        ->group(group);
-}
-
-void RenderCommand::declareMetadata(CLI::App& app) {
-    constexpr const char* group = "Time code and metadata";
-    app.add_option("--timecode", request.timecode,
-                   "Time code of the first frame; turns the time-code track on (default: the input's)")
-        ->type_name("HH:MM:SS:FF")
-        ->group(group);
-    app.add_option("--reel", request.reel, "Reel name of the time-code track (default: the input's)")
-        ->type_name("NAME")
-        ->group(group);
-    app.add_option_function<std::vector<std::string>>(
-           "--metadata",
-           [this](const std::vector<std::string>& texts) {
-               for (const std::string& text : texts) {
-                   request.metadata.push_back(parsePair(text));
-               }
-           },
-           "Metadata of the movie, such as title=Opening; may be given several times")
-        ->type_name("KEY=VALUE")
-        ->allow_extra_args(false)
-        ->group(group);
 }
 
 void RenderCommand::declareRunning(CLI::App& app) {
@@ -166,10 +97,7 @@ void RenderCommand::declareRunning(CLI::App& app) {
 
 Exit RenderCommand::run(Session& session) {
     useProgress(session, progress);
-    if (!preset.empty()) {
-        request.knobs = onTopOf(presetStore(Bundle().contents()).load(preset), request.knobs);
-    }
-    checkKnobFiles(request.knobs);
+    settleKnobs(request, preset);
     checkSounds(request.knobs, Bundle().contents() + "/Resources/corvel-movie");
     if (!farm.engine.empty()) {
         return renderInChunks(*options, request, farm, *session.reporter);
