@@ -4,13 +4,11 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-#include <cstddef>
-#include <memory>
 #include <span>
 
 #include "worker/picture/ThreadTeam.h"
 #include "worker/read/Orientation.h"
-#include "worker/read/YcbcrStrips.h"
+#include "worker/read/RgbaRows.h"
 
 namespace Morvane::Worker {
 
@@ -21,17 +19,16 @@ class FloatConverter {
 public:
     explicit FloatConverter(int threads);
 
-    /// Converts `frame` into `rgba`, width x height x 4 floats, top row first; floats are written once and
-    /// never read. Throws StatusError (NotSupportedByCodec) for a kind of picture that cannot be converted.
+    /// Converts `frame` into `rgba`, width x height x 4 floats, top row first; floats are written and never
+    /// read. Throws StatusError (NotSupportedByCodec) for a kind of picture that cannot be converted.
     /// REQUIRES: `rgba` has that size.
     void convert(const AVFrame& frame, const Orientation& orientation, std::span<float> rgba);
 
 private:
-    void convertRgb(const AVFrame& frame, const RgbaRows& target);
-    void convertYcbcr(const AVFrame& frame, const RgbaRows& target);
+    template <class Rows>
+    void convertRows(const AVFrame& frame, const RgbaRows& target);
 
     ThreadTeam team;
-    std::unique_ptr<YcbcrStrips> strips;  ///< for the kind of picture that came last
 };
 
 }  // namespace Morvane::Worker

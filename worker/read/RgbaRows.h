@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "worker/read/Orientation.h"
 
@@ -13,9 +14,21 @@ struct RgbaRows {
     std::size_t width, height;  ///< as stored, before turning
     Orientation orientation;
 
-    /// Stores row `y`. `alpha` may be null, for 1.
-    void store(std::size_t y, const float* red, const float* green, const float* blue,
-               const float* alpha) const;
+    /// Has row `y` written by `fill(float* rgba)`: straight to its place where pixels follow one another,
+    /// else by way of `packed`, which gets the size it needs.
+    template <class Fill>
+    void write(std::size_t y, std::vector<float>& packed, const Fill& fill) const {
+        const Orientation::Path path = orientation.pathOfRow(y, width, height);
+        float* target = pixels + 4 * path.start;
+        if (path.step == 1)
+            return fill(target);
+        packed.resize(4 * width);
+        fill(packed.data());
+        scatter(packed, target, path.step);
+    }
+
+private:
+    void scatter(const std::vector<float>& packed, float* target, std::ptrdiff_t step) const;
 };
 
 }  // namespace Morvane::Worker

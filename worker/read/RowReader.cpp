@@ -63,14 +63,16 @@ bool RowReader::isPlain(int component) const {
     return hasPlainLayout(component) && (bytes > 1) == (format.comp[component].depth > 8);
 }
 
+const void* RowReader::plainRow(int component, int y) const {
+    const int plane = format.comp[component].plane;
+    return frame.data[plane] + static_cast<std::ptrdiff_t>(y) * frame.linesize[plane];
+}
+
 void RowReader::read(int component, int y, int count, void* row) const {
     if (hasPalette())
         return readThroughPalette(component, y, count, static_cast<std::uint16_t*>(row));
-    const AVComponentDescriptor& layout = format.comp[component];
     if (isPlain(component)) {
-        const std::uint8_t* plane = frame.data[layout.plane];
-        std::memcpy(row, plane + static_cast<std::ptrdiff_t>(y) * frame.linesize[layout.plane],
-                    static_cast<std::size_t>(count) * bytes);
+        std::memcpy(row, plainRow(component, y), static_cast<std::size_t>(count) * bytes);
         return;
     }
     const std::uint8_t* planes[4] = {frame.data[0], frame.data[1], frame.data[2], frame.data[3]};

@@ -35,6 +35,8 @@ public:
 
     /// Whether the component's rows lie in memory just as `read` gives them.
     bool isPlain(int component) const;
+    /// Where row `y` of the component lies. REQUIRES: isPlain(component).
+    const void* plainRow(int component, int y) const;
 
 private:
     bool hasPalette() const;

@@ -1,0 +1,204 @@
+#include "worker/read/FloatKernels.h"
+
+#include <algorithm>
+
+// Highway compiles the rest of this file once for each instruction set.
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "worker/read/FloatKernels.cpp"
+#include <hwy/foreach_target.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Morvane::Worker::FloatKernels::HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+/// Calls `work(tag, x)` for vectors that together cover 0…count. The last one overlaps the one before; rows
+/// shorter than a vector are done value by value. So `work` must not read what it has written.
+template <class Work>
+HWY_INLINE void forVectors(std::size_t count, const Work& work) {
+    const hn::ScalableTag<float> whole;
+    const std::size_t step = hn::Lanes(whole);
+    if (count < step) {
+        const hn::CappedTag<float, 1> single;
+        for (std::size_t x = 0; x < count; ++x)
+            work(single, x);
+        return;
+    }
+    for (std::size_t x = 0; x + step <= count; x += step)
+        work(whole, x);
+    if (count % step != 0)
+        work(whole, count - step);
+}
+
+template <class Floats, typename Sample>
+HWY_INLINE hn::Vec<Floats> load(Floats floats, const Sample* samples) {
+    const hn::Rebind<std::int32_t, Floats> numbers;
+    const hn::Rebind<Sample, Floats> narrow;
+    return hn::ConvertTo(floats, hn::PromoteTo(numbers, hn::LoadU(narrow, samples)));
+}
+
+/// Divided and not multiplied, so that white is exactly 1.
+template <class Floats, typename Sample>
+HWY_INLINE hn::Vec<Floats> scaled(Floats floats, const Sample* samples, float black, float range) {
+    return hn::Div(hn::Sub(load(floats, samples), hn::Set(floats, black)), hn::Set(floats, range));
+}
+
+template <class Floats>
+HWY_INLINE hn::Vec<Floats> loadAlpha(Floats floats, const float* alpha, std::size_t x) {
+    return alpha == nullptr ? hn::Set(floats, 1.0F) : hn::LoadU(floats, alpha + x);
+}
+
+template <typename Sample>
+void scaleRow(const Sample* samples, std::size_t count, float black, float range, float* row) {
+    forVectors(count, [&](auto floats, std::size_t x) {
+        hn::StoreU(scaled(floats, samples + x, black, range), floats, row + x);
+    });
+}
+
+template <typename Sample>
+void blendRows(const WeightedRows<Sample>& rows, std::size_t count, float neutral, float* row) {
+    forVectors(count, [&](auto floats, std::size_t x) {
+        auto sum = hn::Set(floats, -neutral);
+        for (int i = 0; i < rows.used; ++i)
+            sum = hn::MulAdd(load(floats, rows.rows[i] + x), hn::Set(floats, rows.weights[i]), sum);
+        hn::StoreU(sum, floats, row + x);
+    });
+}
+
+/// One of the samples that a chroma sample becomes; `first` is its first neighbour.
+template <class Floats>
+HWY_INLINE hn::Vec<Floats> interpolated(Floats floats, const float* first, const float* weights) {
+    auto sum = hn::Mul(hn::LoadU(floats, first), hn::Set(floats, weights[0]));
+    for (int tap = 1; tap < ChromaInterpolation::taps; ++tap)
+        sum = hn::MulAdd(hn::LoadU(floats, first + tap), hn::Set(floats, weights[tap]), sum);
+    return sum;
+}
+
+void doubleRow(const float* chroma, std::size_t count, const ChromaInterpolation& interpolation, float* row) {
+    forVectors(count, [&](auto floats, std::size_t x) {
+        const float* first = chroma + x - ChromaInterpolation::margin;
+        hn::StoreInterleaved2(interpolated(floats, first, interpolation.weights[0].data()),
+                              interpolated(floats, first, interpolation.weights[1].data()), floats,
+                              row + 2 * x);
+    });
+}
+
+template <typename Sample>
+void ycbcrPixels(const Sample* luma, const float* cb, const float* cr, const float* alpha,
+                 const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
+    forVectors(width, [&](auto floats, std::size_t x) {
+        const auto y = scaled(floats, luma + x, matrix.black, matrix.range);
+        const auto u = hn::LoadU(floats, cb + x);
+        const auto v = hn::LoadU(floats, cr + x);
+        const auto channel = [&](const YcbcrMatrix::Chroma& weights) {
+            return hn::MulAdd(v, hn::Set(floats, weights.cr), hn::MulAdd(u, hn::Set(floats, weights.cb), y));
+        };
+        hn::StoreInterleaved4(channel(matrix.red), channel(matrix.green), channel(matrix.blue),
+                              loadAlpha(floats, alpha, x), floats, rgba + 4 * x);
+    });
+}
+
+void rgbPixels(const float* red, const float* green, const float* blue, const float* alpha, std::size_t width,
+               float* rgba) {
+    forVectors(width, [&](auto floats, std::size_t x) {
+        hn::StoreInterleaved4(hn::LoadU(floats, red + x), hn::LoadU(floats, green + x),
+                              hn::LoadU(floats, blue + x), loadAlpha(floats, alpha, x), floats, rgba + 4 * x);
+    });
+}
+
+void scale8(const std::uint8_t* samples, std::size_t count, float black, float range, float* row) {
+    scaleRow(samples, count, black, range, row);
+}
+void scale16(const std::uint16_t* samples, std::size_t count, float black, float range, float* row) {
+    scaleRow(samples, count, black, range, row);
+}
+void blend8(const WeightedRows<std::uint8_t>& rows, std::size_t count, float neutral, float* row) {
+    blendRows(rows, count, neutral, row);
+}
+void blend16(const WeightedRows<std::uint16_t>& rows, std::size_t count, float neutral, float* row) {
+    blendRows(rows, count, neutral, row);
+}
+void ycbcr8(const std::uint8_t* luma, const float* cb, const float* cr, const float* alpha,
+            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
+    ycbcrPixels(luma, cb, cr, alpha, matrix, width, rgba);
+}
+void ycbcr16(const std::uint16_t* luma, const float* cb, const float* cr, const float* alpha,
+             const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
+    ycbcrPixels(luma, cb, cr, alpha, matrix, width, rgba);
+}
+
+}  // namespace Morvane::Worker::FloatKernels::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace Morvane::Worker::FloatKernels {
+
+HWY_EXPORT(scale8);
+HWY_EXPORT(scale16);
+HWY_EXPORT(blend8);
+HWY_EXPORT(blend16);
+HWY_EXPORT(doubleRow);
+HWY_EXPORT(ycbcr8);
+HWY_EXPORT(ycbcr16);
+HWY_EXPORT(rgbPixels);
+
+void scale(const std::uint8_t* samples, std::size_t count, float black, float range, float* row) {
+    HWY_DYNAMIC_DISPATCH(scale8)(samples, count, black, range, row);
+}
+void scale(const std::uint16_t* samples, std::size_t count, float black, float range, float* row) {
+    HWY_DYNAMIC_DISPATCH(scale16)(samples, count, black, range, row);
+}
+
+void blend(const WeightedRows<std::uint8_t>& rows, std::size_t count, float neutral, float* row) {
+    HWY_DYNAMIC_DISPATCH(blend8)(rows, count, neutral, row);
+}
+void blend(const WeightedRows<std::uint16_t>& rows, std::size_t count, float neutral, float* row) {
+    HWY_DYNAMIC_DISPATCH(blend16)(rows, count, neutral, row);
+}
+
+namespace {
+
+/// For 4:1:1 and 4:1:0, which are rare.
+void widenByAny(const float* chroma, std::size_t count, const ChromaInterpolation& interpolation,
+                float* row) {
+    const std::size_t phases = std::size_t{1} << interpolation.shift;
+    for (std::size_t x = 0; x < count; ++x)
+        for (std::size_t phase = 0; phase < phases; ++phase) {
+            float sum = 0;
+            for (std::size_t tap = 0; tap < ChromaInterpolation::taps; ++tap)
+                sum += interpolation.weights[phase][tap] * (chroma + x - ChromaInterpolation::margin)[tap];
+            row[x * phases + phase] = sum;
+        }
+}
+
+}  // namespace
+
+void widen(const float* chroma, std::size_t count, const ChromaInterpolation& interpolation, float* row) {
+    if (interpolation.shift == 0)
+        std::copy_n(chroma, count, row);
+    else if (interpolation.shift == 1)
+        HWY_DYNAMIC_DISPATCH(doubleRow)(chroma, count, interpolation, row);
+    else
+        widenByAny(chroma, count, interpolation, row);
+}
+
+void pixels(const std::uint8_t* luma, const float* cb, const float* cr, const float* alpha,
+            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
+    HWY_DYNAMIC_DISPATCH(ycbcr8)(luma, cb, cr, alpha, matrix, width, rgba);
+}
+void pixels(const std::uint16_t* luma, const float* cb, const float* cr, const float* alpha,
+            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
+    HWY_DYNAMIC_DISPATCH(ycbcr16)(luma, cb, cr, alpha, matrix, width, rgba);
+}
+
+void pixels(const float* red, const float* green, const float* blue, const float* alpha, std::size_t width,
+            float* rgba) {
+    HWY_DYNAMIC_DISPATCH(rgbPixels)(red, green, blue, alpha, width, rgba);
+}
+
+}  // namespace Morvane::Worker::FloatKernels
+
+#endif
