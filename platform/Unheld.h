@@ -18,4 +18,9 @@ bool isUnheldFile(const std::string& path);
 /// has open. Empty where the system does not list semaphores.
 std::vector<std::string> unheldSemaphores(const std::string& prefix);
 
+/// Removes the named semaphore (no leading "/"), also where it still has the passing name under which the C
+/// library made it, since its maker was killed before that name was taken away. False when it is gone already
+/// or is not this user's to remove.
+bool removeSemaphore(const std::string& name);
+
 }  // namespace Morvane::Platform

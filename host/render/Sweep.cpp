@@ -1,6 +1,5 @@
 #include "host/render/Sweep.h"
 
-#include <semaphore.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,7 +41,7 @@ bool isBridgeSemaphore(const std::string& name, std::size_t prefixLength) {
 
 void sweepSemaphores(const std::string& prefix, Names& swept) {
     for (const std::string& name : Morvane::Platform::unheldSemaphores(prefix)) {
-        if (isBridgeSemaphore(name, prefix.size()) && sem_unlink(name.c_str()) == 0) {
+        if (isBridgeSemaphore(name, prefix.size()) && Morvane::Platform::removeSemaphore(name)) {
             swept.push_back("semaphore " + name);
         }
     }

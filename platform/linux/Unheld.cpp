@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 
+#include <semaphore.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -23,6 +24,21 @@ bool leaseIsHad(int descriptor) {
         return false;
     fcntl(descriptor, F_SETLEASE, F_UNLCK);
     return true;
+}
+
+// The other names of one file are told by its number alone: a passing name says nothing, and another
+// program's semaphore may have one that looks the same.
+void removeOtherNames(const struct stat& semaphore) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::directory_iterator entry(semaphoreFolder, error);
+    for (const fs::directory_iterator end; !error && entry != end; entry.increment(error)) {
+        const std::string path = entry->path().string();
+        struct stat state {};
+        if (lstat(path.c_str(), &state) == 0 && state.st_dev == semaphore.st_dev &&
+            state.st_ino == semaphore.st_ino)
+            unlink(path.c_str());
+    }
 }
 
 }  // namespace
@@ -51,6 +67,15 @@ std::vector<std::string> unheldSemaphores(const std::string& prefix) {
             names.push_back(name.substr(std::string(semaphorePrefix).size()));
     }
     return names;
+}
+
+bool removeSemaphore(const std::string& name) {
+    struct stat state {};
+    const std::string path = std::string(semaphoreFolder) + "/" + semaphorePrefix + name;
+    const bool hasOtherNames = lstat(path.c_str(), &state) == 0 && state.st_nlink > 1;
+    if (hasOtherNames)
+        removeOtherNames(state);
+    return sem_unlink(name.c_str()) == 0 || hasOtherNames;
 }
 
 }  // namespace Morvane::Platform

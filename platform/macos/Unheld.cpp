@@ -1,5 +1,7 @@
 #include "platform/Unheld.h"
 
+#include <semaphore.h>
+
 namespace Morvane::Platform {
 
 // The kernel keeps semaphores without listing them and does not tell who has a file open, so nothing is ever
@@ -10,6 +12,10 @@ bool isUnheldFile(const std::string&) {
 
 std::vector<std::string> unheldSemaphores(const std::string&) {
     return {};
+}
+
+bool removeSemaphore(const std::string& name) {
+    return sem_unlink(name.c_str()) == 0;
 }
 
 }  // namespace Morvane::Platform

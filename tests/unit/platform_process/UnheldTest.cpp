@@ -86,6 +86,25 @@ TEST_F(UnheldTest, WhatIsNoFileOfOnesOwnIsNeverCalledUnheld) {
     unlink(link.c_str());
 }
 
+#ifdef __linux__
+// Where its maker was killed after it had got its lasting name.
+TEST_F(UnheldTest, SemaphoreIsRemovedWithThePassingNameOfItsMaking) {
+    const std::string name = "unheld-passing-" + std::to_string(getpid());
+    const std::string passing = "/dev/shm/sem.Pass" + std::to_string(getpid());
+    const std::string others = "/dev/shm/sem.Othr" + std::to_string(getpid());
+    std::ofstream(others) << "another program's";
+    sem_close(sem_open(name.c_str(), O_CREAT | O_EXCL, 0600, 0));
+    ASSERT_EQ(link(("/dev/shm/sem." + name).c_str(), passing.c_str()), 0);
+
+    EXPECT_TRUE(removeSemaphore(name));
+
+    EXPECT_EQ(access(passing.c_str(), F_OK), -1);
+    EXPECT_EQ(sem_open(name.c_str(), 0), SEM_FAILED);
+    EXPECT_FALSE(removeSemaphore(name));
+    EXPECT_EQ(unlink(others.c_str()), 0);
+}
+#endif
+
 TEST_F(UnheldTest, SemaphoresAreToldApartByWhoHasThemOpen) {
     const std::string prefix = "unheld-" + std::to_string(getpid()) + "-";
     const std::string kept = prefix + "kept", left = prefix + "left";
