@@ -39,19 +39,28 @@ void prepareSignals() {
 Lifetime::Lifetime(pid_t host, std::function<void()> endLoop, std::function<void()> removeSharedObjects)
     : watch(host), end(std::move(endLoop)), removeNames(std::move(removeSharedObjects)) {
     signalThread = std::thread([this] { waitForSignal(); });
-    hostThread = std::thread([this] { waitForHost(); });
+    try {
+        hostThread = std::thread([this] { waitForHost(); });
+    } catch (...) {
+        endSignalThread();
+        throw;
+    }
 }
 
 Lifetime::~Lifetime() {
+    endSignalThread();
+    watch.cancel();
+    hostThread.join();
+}
+
+void Lifetime::endSignalThread() {
     {
         const std::lock_guard lock(mutex);
         finished = true;
     }
     changed.notify_all();
-    watch.cancel();
-    hostThread.join();
-    // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread): every thread blocks it; that one takes it with
-    // sigwait.
+    // Every thread blocks the signal; that one takes it with sigwait.
+    // NOLINTNEXTLINE(bugprone-bad-signal-to-kill-thread)
     pthread_kill(signalThread.native_handle(), SIGTERM);
     signalThread.join();
 }

@@ -24,7 +24,7 @@ class Lifetime {
 public:
     /// Watches from now on. `end` must make the request loop return; `removeNames` is called, on any thread,
     /// only when the grace period after the host's death has passed. Throws std::system_error where the host
-    /// is dead already.
+    /// is dead already or no thread can be had.
     Lifetime(pid_t host, std::function<void()> end, std::function<void()> removeNames);
 
     /// The worker has finished by itself.
@@ -37,6 +37,7 @@ public:
 
 private:
     void waitForSignal();
+    void endSignalThread();
     void waitForHost();
     void enforceGrace();
 

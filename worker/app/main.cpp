@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <utility>
 
 extern "C" {
@@ -82,6 +83,10 @@ int main(int argc, char** argv) {
     av_log_set_level(AV_LOG_QUIET);
     try {
         return Worker::run(argc, argv);
+    } catch (const std::system_error& error) {
+        const bool isThread = error.code() == std::errc::resource_unavailable_try_again;
+        Worker::reportRemark(isThread ? "no room for another thread" : error.what());
+        return 1;
     } catch (const std::exception& error) {
         Worker::reportRemark(error.what());
         return 1;

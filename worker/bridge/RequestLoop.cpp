@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <new>
+#include <system_error>
 
 #include "property/FieldEncoding.h"
 #include "worker/FailureReport.h"
@@ -52,6 +53,10 @@ Failure currentFailure() {
         return {error.status, error.what()};
     } catch (const std::bad_alloc&) {
         return {Status::NoMemory, "not enough memory"};
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::resource_unavailable_try_again)
+            return {Status::NoMemory, "no room for another thread"};
+        return {Status::BadArgument, std::string("cannot read a request: ") + error.what()};
     } catch (const std::exception& error) {
         return {Status::BadArgument, std::string("cannot read a request: ") + error.what()};
     } catch (...) {

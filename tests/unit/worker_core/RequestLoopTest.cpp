@@ -3,6 +3,7 @@
 #include <functional>
 #include <new>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 #include "tests/unit/worker_core/BridgeFixture.h"
@@ -53,6 +54,14 @@ TEST_F(RequestLoopTest, AnswersWhatTheHandlerSets) {
 
 TEST_F(RequestLoopTest, AnswersZeroWhereTheHandlerSetsNothing) {
     EXPECT_EQ(serve("W00000002"), "0");
+}
+
+TEST_F(RequestLoopTest, CallsAThreadThatCannotBeHadAWantOfMemory) {
+    mode.script = [](Request&) {
+        throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
+    };
+
+    EXPECT_EQ(serve("W00000001:1:0"), "Error: -108");
 }
 
 TEST_F(RequestLoopTest, AnswersDataInPlace) {
