@@ -6,12 +6,12 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <new>
 
 #include "host/app/CommandLine.h"
 #include "host/images/FrameSource.h"
 #include "host/render/KnobValue.h"
 #include "host/render/Log.h"
+#include "host/render/Reason.h"
 
 namespace Corvel {
 namespace {
@@ -34,10 +34,8 @@ Exit run(Command& command, Session& session) {
         return fail(Exit::InputUnreadable, error.what(), session);
     } catch (const BadKnobValue& error) {
         return fail(Exit::Usage, error.what(), session);
-    } catch (const std::bad_alloc&) {
-        return fail(Exit::NodeFailed, "there is not enough memory", session);
     } catch (const std::exception& error) {
-        return fail(Exit::NodeFailed, error.what(), session);
+        return fail(Exit::NodeFailed, reasonOf(error), session);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "host/render/HelperProcesses.h"
 #include "host/render/Sweep.h"
 #include "platform/OpenFiles.h"
+#include "platform/Room.h"
 #include "quicktime/SharedObjects.h"
 
 namespace Corvel {
@@ -30,6 +31,10 @@ constexpr std::chrono::milliseconds graceWhenGivenUp(1000);
 // seconds.
 constexpr std::chrono::seconds graceAtEnd(12);
 
+// What a helper's bridge, its output and its watch take, and some more: a bridge that gets half of it ends
+// the process.
+constexpr int descriptorsOfHelper = 16;
+
 using Clock = std::chrono::steady_clock;
 
 }  // namespace
@@ -45,6 +50,13 @@ HelperSession::~HelperSession() {
 }
 
 HelperKeeper::Helper HelperSession::start(const std::function<void()>& startHelper) {
+    if (!Morvane::Platform::hasRoomForDescriptors(descriptorsOfHelper)) {
+        throw Failure(
+            Exit::HelperFailed,
+            fmt::format("the QuickTime helper can't be started: a limit (ulimit -n) leaves less than {} "
+                        "more files to be opened",
+                        descriptorsOfHelper));
+    }
     Started& helper = addHelper();
     try {
         const Interrupts::HeldBack heldBack;

@@ -21,6 +21,7 @@
 #include "host/render/OutputPath.h"
 #include "host/render/RateMeter.h"
 #include "host/render/ReadAhead.h"
+#include "host/render/Reason.h"
 #include "host/render/RenderImages.h"
 #include "host/render/RenderPlan.h"
 
@@ -104,7 +105,7 @@ Exit RenderRun::writeFrames() {
         return Exit::InputUnreadable;
     } catch (const std::exception& error) {
         // Out of memory, say: what there is of the movie is kept all the same.
-        spdlog::error("frame {}: {}", plan.frames[static_cast<std::size_t>(written)].number, error.what());
+        spdlog::error("frame {}: {}", plan.frames[static_cast<std::size_t>(written)].number, reasonOf(error));
         return Exit::NodeFailed;
     }
     return written == static_cast<int>(plan.frames.size()) ? Exit::Done : Exit::Interrupted;

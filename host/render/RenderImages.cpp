@@ -20,6 +20,7 @@
 #include "host/movies/RunningTimecode.h"
 #include "host/render/MovieStart.h"
 #include "host/render/RateMeter.h"
+#include "host/render/Reason.h"
 #include "timecode/FrameRate.h"
 
 namespace Corvel {
@@ -88,7 +89,7 @@ Exit ImageRun::run() {
         spdlog::error("{} (frame {})", error.what(), plan.frames[static_cast<std::size_t>(taken)].number);
         outcome = Exit::InputUnreadable;
     } catch (const std::exception& error) {
-        spdlog::error(error.what());
+        spdlog::error(reasonOf(error));
         outcome = Exit::NodeFailed;
     }
     // What has been begun is finished whatever happened to others.
@@ -96,7 +97,7 @@ Exit ImageRun::run() {
         try {
             finishOldest();
         } catch (const std::exception& error) {
-            spdlog::error(error.what());
+            spdlog::error(reasonOf(error));
             outcome = Exit::NodeFailed;
         }
     }
