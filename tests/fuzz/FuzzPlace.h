@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sanitizer/common_interface_defs.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -20,6 +21,7 @@ public:
     FuzzPlace() {
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_ / "processbridge");
+        startSymbolizer();
         setenv("CORVEL_TEMP_DIR", folder_.c_str(), 1);
         const char* corpus = getenv("CORVEL_FUZZ_CORPUS");
         std::signal(SIGXFSZ, SIG_IGN);
@@ -40,7 +42,14 @@ public:
     const std::filesystem::path& folder() const { return folder_; }
 
 private:
-    const std::filesystem::path folder_ = "/tmp/corvel-fuzz-" + std::to_string(getpid());
+    /// The program that names places in the code must run before no program can be started any more.
+    static void startSymbolizer() {
+        char name[256];
+        __sanitizer_symbolize_pc(reinterpret_cast<void*>(&startSymbolizer), "%f", name, sizeof name);
+    }
+
+    const std::filesystem::path folder_ =
+        std::filesystem::temp_directory_path() / ("corvel-fuzz-" + std::to_string(getpid()));
 };
 
 }  // namespace Morvane::Fuzz

@@ -36,8 +36,9 @@ def isolate():
             sys.exit(SKIPPED)
         command = ["unshare", *spaces, sys.executable, *sys.argv]
         inner = subprocess.Popen(command, env={**os.environ, MARK: folder})
-        for number in (signal.SIGINT, signal.SIGTERM):
-            signal.signal(number, lambda *_: None)  # the one inside stops, and this one after it
+        for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+            # The one inside stops, with all that it has started, and this one after it.
+            signal.signal(number, lambda number, _: [os.kill(child, number) for child in children(inner.pid)])
         sys.exit(inner.wait())
     finally:
         os.rmdir(folder)

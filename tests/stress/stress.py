@@ -8,6 +8,7 @@ not allow a place of our own.
 """
 
 import argparse
+import fcntl
 import json
 import pathlib
 import shutil
@@ -16,31 +17,44 @@ import sys
 import tempfile
 import time
 
+import checkers
 import fuzzing
 import harness
+import kills
 import trials
+from findings import Finding
 
 
 class Book:
-    """The figures of all runs: kept after every step, so that nothing is lost whenever a run is stopped."""
+    """The figures of all runs: kept after every step, so that nothing is lost whenever a run is stopped.
+
+    Several runs may add to the same book at once.
+    """
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
         self.folder.mkdir(parents=True, exist_ok=True)
         self.file = self.folder / "figures.json"
-        self.figures = json.loads(self.file.read_text(encoding="utf-8")) if self.file.exists() else {}
+        self.figures = self.read()
+
+    def read(self):
+        return json.loads(self.file.read_text(encoding="utf-8")) if self.file.exists() else {}
 
     def of(self, trial):
-        return self.figures.setdefault(trial, {})
+        return self.figures.get(trial, {})
 
     def add(self, trial, figures, seconds):
-        kept = self.of(trial)
-        for name, value in {**figures, "minutes": seconds / 60}.items():
-            kept[name] = max(kept.get(name, 0), value) if name.startswith(("worst", "most")) else kept.get(name, 0) + value
-        new = self.file.with_suffix(".new")
-        new.write_text(json.dumps(self.figures, indent=1, sort_keys=True), encoding="utf-8")
-        new.replace(self.file)
-        (self.folder / "figures.md").write_text(self.table() + "\n", encoding="utf-8")
+        with open(self.folder / "lock", "w", encoding="utf-8") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.figures = self.read()
+            kept = self.figures.setdefault(trial, {})
+            for name, value in {**figures, "minutes": seconds / 60}.items():
+                before = kept.get(name, 0)
+                kept[name] = max(before, value) if name.startswith(("worst", "most")) else before + value
+            new = self.file.with_suffix(".new")
+            new.write_text(json.dumps(self.figures, indent=1, sort_keys=True), encoding="utf-8")
+            new.replace(self.file)
+            (self.folder / "figures.md").write_text(self.table() + "\n", encoding="utf-8")
 
     def note(self, trial, finding):
         with open(self.folder / "findings.txt", "a", encoding="utf-8") as log:
@@ -55,18 +69,22 @@ class Book:
 
 
 def make_trials(scene, build, book, brief):
-    made = {f"kills of {whom}": trials.Kill(scene, whom) for whom in ("worker", "host", "both")}
+    made = {f"kills of {whom}": kills.Kill(scene, whom) for whom in ("worker", "host", "both")}
     made["full disk"] = trials.FullDisk(scene, book.of("full disk"))
+    made["small disk"] = trials.SmallDisk(scene, book.of("small disk"))
+    made["kills at calls"] = kills.KillAtCall(scene, book.of("kills at calls"))
+    made["limits"] = trials.Limits(scene, book.of("limits"))
     made["signals"] = trials.Signals(scene)
     made["long render"] = trials.LongRender(scene, 10_000 if brief else 100_000)
     made["controllers"] = trials.Controllers(scene, 20 if brief else 200)
     if shutil.which("valgrind"):
-        made["leaks"] = trials.Leaks(scene)
+        made["leaks"] = checkers.Leaks(scene)
     threads = build.parent / "tsan"
     if (threads / "Corvel.app").exists():
-        made["threads"] = trials.Threads(scene, threads)
+        made["threads"] = checkers.Threads(scene, threads)
     for target in sorted((build.parent / "fuzz/tests/fuzz").glob("fuzz_*")):
         made[f"fuzz {target.name[5:]}"] = fuzzing.Fuzz(target, book.folder)
+        made[f"coverage {target.name[5:]}"] = fuzzing.Coverage(target, book.folder)
     return made
 
 
@@ -80,7 +98,7 @@ def run_in_turn(chosen, book, over):
             began = time.monotonic()
             try:
                 figures = trial.step()
-            except trials.Finding as finding:
+            except Finding as finding:
                 print(f"FOUND {name}: {finding}", flush=True)
                 book.note(name, finding)
                 figures = {"findings": 1}

@@ -1,34 +1,26 @@
 """The trials: each does one unit of work when it is called and answers figures to add to those of earlier runs.
 
-A figure whose name begins with "worst" or "most" is a maximum, every other one is a sum. What should not have happened is raised
-as Finding.
+A figure whose name begins with "worst" or "most" is a maximum, every other one is a sum. What should not have happened
+is raised as Finding.
 """
 
 import os
 import pathlib
-import random
+import re
 import shutil
 import signal
 import subprocess
 import time
 
 import harness
+from findings import expect
 
-FRAMES = 90
-STOP_BOUND = 20.0  # seconds after which a program counts as hanging
-
-
-class Finding(Exception):
-    """Something that was promised did not hold."""
-
-
-def expect(condition, *facts):
-    if not condition:
-        raise Finding(" | ".join(map(str, facts)))
+FRAMES = 48
+LARGE = ("--format", "1280x720")
 
 
 class Scene:
-    """Frames on disk, and the movie that an undisturbed render makes of them."""
+    """Frames on disk, and the movies that undisturbed renders make of them."""
 
     def __init__(self, build, folder):
         self.build = pathlib.Path(build)
@@ -36,12 +28,18 @@ class Scene:
         self.folder = pathlib.Path(folder)
         self.frames = harness.make_frames(self.folder / "frames", FRAMES)
         self.out = self.folder / "out"
-        self.clear()
-        began = time.monotonic()
-        expect(self.render().end() == 0, "the undisturbed render fails")
-        self.seconds = time.monotonic() - began
-        self.sums = harness.frame_sums(self.movie)
-        expect(len(self.sums) == FRAMES, "the undisturbed movie has", len(self.sums), "frames")
+        self.known = {}
+        self.sums = self.undisturbed()
+
+    def undisturbed(self, *options):
+        """The checksums of the frames of the movie that is rendered with these options."""
+        if options not in self.known:
+            self.clear()
+            run = self.render(options=options)
+            expect(run.end() == 0, "the undisturbed render fails", run.text()[-600:])
+            self.known[options] = harness.frame_sums(self.movie)
+            expect(len(self.known[options]) == FRAMES, "it has", len(self.known[options]), "frames")
+        return self.known[options]
 
     @property
     def movie(self):
@@ -53,12 +51,13 @@ class Scene:
         for log in self.folder.glob("log-*"):
             log.unlink()
 
-    def command(self, corvel=None, output=None):
-        return [corvel or self.corvel, "render", self.frames, "-o", output or self.movie, "--codec", "0", "--format",
-                "1280x720", "--timecode", "01:00:00:00", "--progress", "json"]
+    def command(self, corvel=None, output=None, options=()):
+        codec = () if "--codec" in options else ("--codec", "0")
+        return [corvel or self.corvel, "render", self.frames, "-o", output or self.movie, *codec,
+                "--timecode", "01:00:00:00", "--progress", "json", *options]
 
-    def render(self, corvel=None, env=None):
-        return harness.Run(self.command(corvel), self.folder, env)
+    def render(self, corvel=None, env=None, options=()):
+        return harness.Run(self.command(corvel, options=options), self.folder, env)
 
     def partial(self):
         """What is on disk of the movie, under whatever name."""
@@ -85,75 +84,49 @@ class Scene:
         expect(not harness.leftovers(), "left after the sweep:", harness.leftovers())
 
 
-class Kill:
-    """Kills the worker, the host or both at a random moment of a render, from its start to after its end."""
-
-    def __init__(self, scene, whom):
-        self.scene = scene
-        self.whom = whom
-        self.done = []  # (when, frames that the host had told as done)
-
-    def step(self):
-        scene = self.scene
-        scene.clear()
-        self.done = [(0.0, 0)]
-        run = scene.render()
-        # A third each for the start, the frames and the end, whose lengths differ.
-        moment = random.random() * scene.seconds * random.choice((0.15, 0.9, 1.1))
-        self.watch(run, time.monotonic() + moment)
-        killed = self.kill(run)
-        began = time.monotonic()
-        code = run.end(STOP_BOUND)
-        host_seconds = time.monotonic() - began
-        expect(code is not None, "the host hangs", run.text()[-300:])
-        ended = harness.wait_until(lambda: not any(map(harness.alive, killed + self.helpers)), STOP_BOUND)
-        seconds = time.monotonic() - began
-        expect(ended, "an orphan lives on")
-        figures = {"kills": 1, "worst seconds to the end": round(seconds, 2)} if killed else {"too late": 1}
-        if self.whom == "worker" and killed:
-            expect(code in (0, 4), "exit code", code, run.text()[-300:])
-            figures["worst seconds to the host's end"] = round(host_seconds, 2)
-        figures["at the " + self.phase(run)] = 1
-        figures["frames read back"] = self.check_movie(code)
-        scene.check_clean()
-        return figures
-
-    def watch(self, run, until):
-        while time.monotonic() < until and run.process.poll() is None:
-            self.done.append((time.monotonic(), run.text().count('"event":"frame"')))
-            time.sleep(0.02)
-
-    def kill(self, run):
-        self.helpers = harness.children(run.pid)
-        victims = {"worker": self.helpers, "host": [run.pid], "both": [run.pid, *self.helpers]}[self.whom]
-        self.killed_at = time.monotonic()
-        killed = []
-        for victim in victims:
-            if harness.alive(victim):
-                os.kill(victim, signal.SIGKILL)
-                killed.append(victim)
-        return killed
-
-    @staticmethod
-    def phase(run):
-        text = run.text()
-        if '"event":"frame"' not in text:
-            return "start"
-        return "end" if f'"done":{FRAMES},' in text else "frames"
-
-    def check_movie(self, code):
-        """Every frame that was done a second before the kill is there, and all are right."""
-        safe = max(count for when, count in self.done if when <= self.killed_at - 1.0 or count == 0)
-        movie = self.scene.partial()
-        sums = harness.frame_sums(movie) if movie else []
-        expect(sums == self.scene.sums[:len(sums)], "frames differ in", movie)
-        expect(len(sums) >= safe, "only", len(sums), "of", safe, "frames are readable")
-        expect(code != 0 or len(sums) == FRAMES, "exit code 0 for", len(sums), "frames")
-        return len(sums)
+def judge_full(scene, run, sums):
+    """A render on a full disk ends with the reason, and what is on disk can be read."""
+    code = run.end()
+    expect(code is not None, "the host hangs", run.text()[-600:])
+    movie = scene.partial()
+    found = harness.frame_sums(movie) if movie else []
+    expect(found == sums[:len(found)], "frames differ in", movie)
+    if code == 0:
+        expect(len(found) == FRAMES, "exit code 0 for", len(found), "frames")
+        return {"runs that had room": 1}
+    expect(code in (1, 3), "exit code", code, run.text()[-600:])
+    expect("No space left on device" in run.text(), "no reason is told:", run.text()[-600:])
+    return {"renders that failed": 1, "frames read back": len(found)}
 
 
 class FullDisk:
-    """The disk is full from the n-th write of the movie on; n goes up from run to run."""
+    """The disk is full from the n-th write of the movie on; n goes up to LAST from run to run."""
+
+    LAST = 500
+    OPTIONS = ("--codec", "raw", *LARGE)  # several hundred writes
+
+    def __init__(self, scene, done):
+        self.scene = scene
+        self.next = int(done.get("runs", 0))
+        self.corvel = None
+
+    def step(self):
+        scene = self.scene
+        number = self.next % self.LAST + 1
+        sums = scene.undisturbed(*self.OPTIONS)
+        calls = "pwrite64,pwritev"
+        self.corvel = self.corvel or scene.wrapped_helper(
+            "full", f'exec strace -D -f -qq -o /dev/null -e trace={calls} -e "$CORVEL_STRESS_INJECT" REAL "$@"')
+        scene.clear()
+        inject = f"inject={calls}:error=ENOSPC:when={number}+"
+        figures = judge_full(scene, scene.render(self.corvel, {"CORVEL_STRESS_INJECT": inject}, self.OPTIONS), sums)
+        scene.check_clean()
+        self.next += 1
+        return {"runs": 1, "most writes before the disk was full": number - 1, **figures}
+
+
+class SmallDisk:
+    """The movie goes to a file system of 16 kB and more, larger from run to run."""
 
     def __init__(self, scene, done):
         self.scene = scene
@@ -162,42 +135,15 @@ class FullDisk:
     def step(self):
         scene = self.scene
         scene.clear()
-        self.next += 1
-        if self.next % 2:
-            figures = self.small_disk()
-        else:
-            figures = self.failing_write(self.next // 2)
+        size = 16 + 24 * (self.next % 120)  # kB
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}k", "tmpfs", scene.out], check=True)
+        try:
+            figures = judge_full(scene, scene.render(), scene.sums)
+        finally:
+            subprocess.run(["umount", scene.out], check=True)
         scene.check_clean()
+        self.next += 1
         return {"runs": 1, **figures}
-
-    def failing_write(self, number):
-        inject = f"inject=pwrite64,pwritev:error=ENOSPC:when={number}+"
-        line = f"exec strace -D -f -qq -o /dev/null -e trace=pwrite64,pwritev -e {inject} REAL \"$@\""
-        folder = self.scene.folder / f"full{number}"
-        try:
-            return self.judge(self.scene.render(self.scene.wrapped_helper(folder.name, line)), "failing writes")
-        finally:
-            shutil.rmtree(folder)
-
-    def small_disk(self):
-        size = 16 + 24 * (self.next // 2 % 120)  # kB
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}k", "tmpfs", self.scene.out], check=True)
-        try:
-            return self.judge(self.scene.render(), "small disks")
-        finally:
-            subprocess.run(["umount", self.scene.out], check=True)
-
-    def judge(self, run, name):
-        code = run.end()
-        movie = self.scene.partial()
-        sums = harness.frame_sums(movie) if movie else []
-        expect(sums == self.scene.sums[:len(sums)], "frames differ in", movie)
-        if code == 0:
-            expect(len(sums) == FRAMES, "exit code 0 for", len(sums), "frames")
-            return {"runs that had room": 1}
-        expect(code in (1, 3), "exit code", code, run.text()[-600:])
-        expect("No space left on device" in run.text(), "no reason is told:", run.text()[-600:])
-        return {name: 1, "frames read back": len(sums)}
 
 
 class Signals:
@@ -207,14 +153,50 @@ class Signals:
         self.scene = scene
 
     def step(self):
+        sums = self.scene.undisturbed(*LARGE)
         self.scene.clear()
         storm = self.scene.build / "tests/children/signal_storm/libsignal_storm.so"
-        run = self.scene.render(env={"LD_PRELOAD": str(storm)})
+        run = self.scene.render(env={"LD_PRELOAD": str(storm)}, options=LARGE)
         code = run.end()
         expect(code == 0, "exit code", code, run.text()[-600:])
-        expect(harness.frame_sums(self.scene.movie) == self.scene.sums, "the movie differs")
+        expect(harness.frame_sums(self.scene.movie) == sums, "the movie differs")
         self.scene.check_clean()
         return {"renders": 1}
+
+
+class Limits:
+    """Renders of pictures and of a movie with few descriptors or little memory: a movie, or an error that says why."""
+
+    OFFER = [("nofile", count) for count in range(5, 40)]
+    OFFER += [("as", mebibytes << 20) for mebibytes in range(80, 1000, 20)]
+    REASON = re.compile(r"limit|memory|thread|failed to map|[Cc]annot allocate|[Tt]oo many open files|cannot map")
+
+    def __init__(self, scene, done):
+        self.scene = scene
+        self.next = int(done.get("runs", 0))
+
+    def step(self):
+        scene = self.scene
+        scene.clear()
+        source = scene.folder / "source.mov"
+        if not source.exists():
+            expect(harness.Run(scene.command(output=source), scene.folder).end() == 0, "the undisturbed render fails")
+        # A step that has no divisor in common with their count: a few runs see something of everything.
+        resource, limit = self.OFFER[self.next * 17 % len(self.OFFER)]
+        command = scene.command()
+        if self.next // len(self.OFFER) % 2:
+            command[2] = source
+        self.next += 1
+        run = harness.Run(["prlimit", f"--{resource}={limit}", *command], scene.folder)
+        code = run.end()
+        expect(code in (0, 1, 3, 4), resource, limit, "exit code", code, run.text()[-600:])
+        expect(code == 0 or self.REASON.search(run.text()), resource, limit, "no reason is told:", run.text()[-600:])
+        found = harness.frame_sums(scene.movie) if scene.movie.exists() else []
+        # What there is of a movie is kept.
+        whole = found == scene.sums if code == 0 else found == scene.sums[:len(found)]
+        expect(whole, resource, limit, "the movie differs")
+        scene.check_clean()
+        return {"runs": 1, "movies" if code == 0 else "errors": 1}
 
 
 class LongRender:
@@ -295,47 +277,3 @@ class Controllers:
             expect(harness.frame_sums(output) == scene.sums[:20], output, "differs")
         scene.check_clean()
         return {"rounds": 1, "movies": self.count, "most at once": self.count}
-
-
-class Leaks:
-    """The worker's unit tests under valgrind: no invalid access, nothing lost. One program a step, in turn.
-
-    Not the worker itself: valgrind does not know the call by which it watches its host.
-    """
-
-    def __init__(self, scene):
-        self.scene = scene
-        self.programs = sorted(path for name in ("worker_core", "worker_codec", "worker_sound", "worker_movie")
-                               for path in (scene.build / "tests/unit" / name).glob("*_test") if path.is_file())
-
-    def step(self):
-        expect(self.programs, "the unit tests are not built")
-        self.programs.append(self.programs.pop(0))
-        program = self.programs[-1]
-        command = ["valgrind", "-q", "--error-exitcode=99", "--leak-check=full", "--errors-for-leak-kinds=definite",
-                   program]
-        result = subprocess.run(command, capture_output=True, text=True, errors="replace", check=False)
-        expect(result.returncode != 99, program, result.stderr[-3000:])
-        harness.reap()
-        return {"programs": 1}
-
-
-class Threads:
-    """Host and worker built with the thread sanitizer."""
-
-    def __init__(self, scene, build):
-        self.scene = scene
-        self.corvel = pathlib.Path(build) / "Corvel.app/Contents/MacOS/corvel"
-
-    def step(self):
-        self.scene.clear()
-        log = self.scene.folder / "races"
-        run = self.scene.render(self.corvel, {"TSAN_OPTIONS": f"log_path={log}:exitcode=0"})
-        code = run.end(600)
-        expect(code == 0, "exit code", code, run.text()[-600:])
-        reports = [path.read_text(encoding="utf-8", errors="replace") for path in self.scene.folder.glob("races.*")]
-        for path in self.scene.folder.glob("races.*"):
-            path.unlink()
-        expect(not reports, *[report[:3000] for report in reports])
-        expect(harness.frame_sums(self.scene.movie) == self.scene.sums, "the movie differs")
-        return {"renders": 1}
