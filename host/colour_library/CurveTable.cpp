@@ -31,6 +31,10 @@ std::vector<float> valuesAt(const std::vector<float>& at, const CurveTable::Func
     return pixels;
 }
 
+float finite(float value) {
+    return std::isfinite(value) ? value : std::isnan(value) ? 0.0F : std::copysign(1e30F, value);
+}
+
 }  // namespace
 
 std::optional<CurveTable> CurveTable::of(const Function& function) {
@@ -48,15 +52,21 @@ std::optional<CurveTable> CurveTable::of(const Function& function) {
 void CurveTable::fill(const Function& function) {
     const std::vector<float> pixels = valuesAt(places(division, 0), function);
     for (std::size_t colour = 0; colour < 3; ++colour) {
-        values[colour].resize(pixels.size() / 4);
-        for (std::size_t i = 0; i < values[colour].size(); ++i) {
-            const float value = pixels[4 * i + colour];
-            values[colour][i] = std::isfinite(value) ? value
-                                : std::isnan(value)  ? 0.0F
-                                                     : std::copysign(1e30F, value);
+        std::vector<CurveCell>& curve = curves[colour];
+        curve.resize(pixels.size() / 4);
+        for (std::size_t i = 0; i < curve.size(); ++i) {
+            curve[i].value = finite(pixels[4 * i + colour]);
+        }
+        // The last place of each sign is the end of its last cell, in which nothing is looked up.
+        for (std::size_t i = 0; i + 1 < curve.size(); ++i) {
+            curve[i].rise = curve[i + 1].value - curve[i].value;
         }
     }
-    alike = values[0] == values[1] && values[0] == values[2];
+    const auto isSame = [this](const std::vector<CurveCell>& other) {
+        return std::equal(other.begin(), other.end(), curves[0].begin(),
+                          [](const CurveCell& a, const CurveCell& b) { return a.value == b.value; });
+    };
+    alike = isSame(curves[1]) && isSame(curves[2]);
 }
 
 bool CurveTable::isClose(const Function& function) const {
@@ -83,7 +93,7 @@ bool CurveTable::isClose(const Function& function) const {
 }
 
 CurveCells CurveTable::cells(int colour) const {
-    const std::vector<float>& all = values[static_cast<std::size_t>(colour)];
+    const std::vector<CurveCell>& all = curves[static_cast<std::size_t>(colour)];
     return {division, all.data(), all.data() + all.size() / 2};
 }
 

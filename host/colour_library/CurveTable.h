@@ -30,8 +30,8 @@ private:
     bool isClose(const Function& function) const;
 
     CellDivision division;
-    std::vector<float> values[3];  // of positive magnitudes, then of negative ones
-    bool alike = false;            // the three are the same
+    std::vector<CurveCell> curves[3];  // of positive magnitudes, then of negative ones
+    bool alike = false;                // the three are the same
 };
 
 }  // namespace Corvel

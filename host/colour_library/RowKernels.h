@@ -21,11 +21,18 @@ struct CellDivision {
     int highest = 0;
 };
 
-/// A function of one variable as values between which a straight line is drawn.
+/// A function of one variable over one cell, in which it is a straight line. What is looked up together lies
+/// together: the look-ups are nearly all of the time.
+struct CurveCell {
+    float value = 0;  ///< at the cell's lower end
+    float rise = 0;   ///< from there to its upper end
+};
+
+/// The whole function.
 struct CurveCells {
     CellDivision division;
-    const float* positive = nullptr;  ///< the values at the cells' lower ends, and at the end of the last one
-    const float* negative = nullptr;  ///< the same for negative magnitudes; behind the others
+    const CurveCell* positive = nullptr;  ///< in the order of magnitudes
+    const CurveCell* negative = nullptr;  ///< the same for negative ones; behind the others
 };
 
 /// Puts each of `count` samples through the function. Magnitudes outside of the cells count as the nearest
