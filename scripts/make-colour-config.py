@@ -133,6 +133,14 @@ def log_c4():
     return camera(2, b / 14, c - 6 * b / 14, a, 64, t, 1 / s)
 
 
+def film_log():
+    # Kodak, "Conversion of 10-bit Log Film Data to 8-bit Linear or Video Data": printing densities of 0.002 a code value,
+    # white at 685, black at 95, a negative of gamma 0.6
+    black = 10 ** ((95 - 685) / 300)
+    return (f"!<LogAffineTransform> {{base: 10, log_side_slope: {number(300 / 1023)}, log_side_offset: {number(685 / 1023)}, "
+            f"lin_side_slope: {number(1 - black)}, lin_side_offset: {number(black)}, direction: inverse}}")
+
+
 CURVES = {
     "LogC3": camera(10, 0.247190, 0.385537, 5.555556, 0.052272, 0.010591, 5.367655),  # EI 800
     "LogC4": log_c4(),
@@ -149,6 +157,7 @@ CURVES = {
     "ACEScct": camera(2, 1 / 17.52, 9.72 / 17.52, 1, 0, 0.0078125, 10.5402377416545),  # S-2016-001
     "sRGB": monitor(2.4, 0.055),  # IEC 61966-2-1
     "Rec.709": monitor(1 / 0.45, 0.099),  # ITU-R BT.709-6, its camera curve
+    "film log": film_log(),
     "linear": None,
 }
 
@@ -175,6 +184,7 @@ SCENE_SPACES = [
     ("BMDFilm WideGamut Gen5", "bmdfilm_widegamut_gen5", "Camera", "log", "BMD Wide Gamut Gen5", "BMD Film Gen5", "Blackmagic Film Generation 5"),
     ("DaVinci Intermediate WideGamut", "davinci_intermediate_widegamut", "Camera", "log", "DaVinci Wide Gamut", "DaVinci Intermediate", "DaVinci Intermediate, Wide Gamut"),
     ("F-Log", "flog, f_log", "Camera", "log", "Rec.2020", "F-Log", "Fujifilm F-Log"),
+    ("Film log (Cineon)", "cineon, film_log, KodakLog", "Film", "log", "Rec.709", "film log", "Printing densities of scanned film, white at 685, black at 95"),
     ("F-Log2", "flog2, f_log2", "Camera", "log", "Rec.2020", "F-Log2", "Fujifilm F-Log2"),
 ]
 

@@ -38,6 +38,13 @@ public:
 
     /// The input's space, and what settled it: "ARRI LogC4, by the file's metadata".
     virtual std::string inputText() const = 0;
+    /// What a person should know about that: a statement of the file that could not be followed. Usually
+    /// empty.
+    virtual std::string inputDoubt() const = 0;
+    /// The space that the input would be in if that were its first frame's header.
+    virtual std::string spaceOf(const PictureHeader& header) const = 0;
+    /// The input's space.
+    virtual std::string inputSpace() const = 0;
     /// What the pixels are afterwards: a display with its view, or a space.
     virtual std::string outputText() const = 0;
     /// The configuration's file.

@@ -20,6 +20,7 @@ public:
     Conversion(const std::string& configPath, ColourRequest asked, const ColourInput& given)
         : config(configPath),
           request(std::move(asked)),
+          path(given.path),
           input(findInputSpace(config, request.inputSpace, given)) {
         config.checkLooks(request.looks);
         if (request.outputSpace.empty()) {
@@ -48,6 +49,13 @@ public:
     }
 
     std::string inputText() const override { return fmt::format("{}, {}", input.name, input.reason); }
+    std::string inputDoubt() const override {
+        return input.doubt.empty() ? "" : fmt::format("{}; they are taken for {}", input.doubt, input.name);
+    }
+    std::string spaceOf(const PictureHeader& header) const override {
+        return findInputSpace(config, request.inputSpace, {path, header}).name;
+    }
+    std::string inputSpace() const override { return input.name; }
     std::string outputText() const override {
         return output.empty() ? fmt::format("{} / {}", display, view) : output;
     }
@@ -89,6 +97,7 @@ private:
 
     const ColourConfig config;
     const ColourRequest request;
+    const std::string path;  // of the input
     const InputSpace input;
     std::string display;
     std::string view;

@@ -27,6 +27,10 @@ struct PictureHeader {
     std::string colourSpace;  ///< as the file names it, empty where it does not
     /// CIE x and y of red, green, blue and white, where the file states them.
     std::optional<std::array<float, 8>> chromaticities;
+    /// What the pixels are, in the words of ITU-T H.273 that the codec settings have ("bt2020", "smpte2084"):
+    /// primaries and transfer characteristics. Of movies; empty where nothing says it.
+    std::string primaries;
+    std::string transfer;
     Metadata metadata;
     Metadata attributes;  ///< texts and numbers of the file's header, by their own names there
 };

@@ -6,6 +6,7 @@
 #include <array>
 #include <cctype>
 #include <filesystem>
+#include <map>
 #include <numeric>
 
 #include "Kex/Image/LUT.h"
@@ -58,14 +59,27 @@ private:
     std::vector<float> samples;  // RGBA as the movie stores it
 };
 
-PictureHeader headerOf(const MovieFacts& facts, const LUT& curve) {
+// What the track that frames are read from says about its colours; it is the one with a number of frames.
+void addColours(MovieReader& movie, PictureHeader& header) {
+    std::map<std::string, std::string> properties;
+    std::string track;
+    for (const auto& [name, value] : movie.properties()) {
+        properties[name] = value;
+        const std::size_t end = name.rfind("/frames");
+        track = end != std::string::npos && end + 7 == name.size() ? name.substr(0, end) : track;
+    }
+    header.primaries = properties[track + "/primaries"];
+    header.transfer = properties[track + "/transfer"];
+}
+
+PictureHeader headerOf(const MovieFacts& facts) {
     PictureHeader header;
     header.display = {0, 0, facts.width, facts.height};
     header.data = header.display;
     header.pixelAspect = facts.pixelAspect();
     header.hasAlpha = facts.channels == 4;
     header.bits = facts.bits;
-    header.curve = curve.name();
+    header.curve = LUT::getLut(srgb)->name();
     for (const char* key : {"input/timecode", "quicktime/timecode_rate", "quicktime/reel"}) {
         if (const std::string text = facts.text(key); !text.empty()) {
             header.metadata[key] = text;
@@ -89,12 +103,13 @@ bool isMovieName(const std::string& path) {
 MovieSource::MovieSource(const std::string& path, const LUT* meaning, HelperKeeper& keeper)
     : movie(std::make_unique<MovieReader>(path, MovieReader::Purpose::Frames, keeper)),
       curve(meaning ? *meaning : *LUT::getLut(srgb)),
-      header_(headerOf(movie->facts(), curve)),
+      header_(headerOf(movie->facts())),
       numbers(static_cast<std::size_t>(std::max(movie->facts().frames, 0))) {
     if (numbers.empty()) {
         throw Failure(Exit::InputUnreadable, fmt::format("the movie {} has no frames", path));
     }
     std::iota(numbers.begin(), numbers.end(), 1);
+    addColours(*movie, header_);
 }
 
 MovieSource::~MovieSource() = default;

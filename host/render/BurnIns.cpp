@@ -36,7 +36,7 @@ const Kex::Image::LUT* curveFor(const RenderPlan& plan, const Kex::Image::Write*
 // Where displays that are far brighter than paper have it: 203 cd/m2 (ITU-R BT.2408).
 float whiteFor(const RenderPlan& plan) {
     const std::string transfer = plan.colour ? plan.colour->tags().transfer : "";
-    return transfer == "smpte2084" ? 0.58F : transfer == "arib-std-b67" ? 0.75F : 1.0F;
+    return transfer == "smpte2084" ? 0.5807F : transfer == "arib-std-b67" ? 0.75F : 1.0F;
 }
 
 }  // namespace

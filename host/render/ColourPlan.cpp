@@ -29,6 +29,9 @@ void checkOptions(const RenderRequest& request) {
 void tell(const ColourConversion& conversion) {
     spdlog::info("colours: {} to {}; the Write node's curve is bypassed", conversion.inputText(),
                  conversion.outputText());
+    if (const std::string doubt = conversion.inputDoubt(); !doubt.empty()) {
+        spdlog::warn("{}; --input-space says what they are", doubt);
+    }
     const DisplayTags tags = conversion.tags();
     if (tags.primaries.empty() || tags.transfer.empty()) {
         spdlog::warn(

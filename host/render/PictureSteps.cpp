@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "host/colour/ColourStep.h"
+#include "host/colour/ColourWatch.h"
 #include "host/geometry/GeometrySteps.h"
 #include "host/render/Failure.h"
 
@@ -90,6 +91,10 @@ MakePictureSteps stepsFor(const RenderRequest& request, const PictureHeader& hea
     std::vector<MakeStep> makers;
     if (header.floatingPoint) {
         makers.emplace_back([broken = plan.broken] { return makeMendingStep(broken); });
+    }
+    if (plan.colour) {
+        makers.emplace_back(
+            [watch = std::make_shared<ColourWatch>(plan.colour, header)] { return makeWatchingStep(watch); });
     }
     if (plan.colour && !geometry.empty()) {
         makers.push_back(colourMaker(*plan.colour, Part::ToLight));

@@ -62,6 +62,9 @@ public:
     explicit FakeConversion(DisplayTags wanted) : wantedTags(std::move(wanted)) {}
     std::shared_ptr<const ColourTransform> transform(Part) const override { return nullptr; }
     std::string inputText() const override { return ""; }
+    std::string inputDoubt() const override { return ""; }
+    std::string spaceOf(const PictureHeader&) const override { return ""; }
+    std::string inputSpace() const override { return ""; }
     std::string outputText() const override { return ""; }
     std::string configText() const override { return ""; }
     DisplayTags tags() const override { return wantedTags; }

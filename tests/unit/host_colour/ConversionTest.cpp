@@ -106,6 +106,7 @@ TEST_F(ConversionTest, DecodesCameraLogsToTheirMakersMiddleGrey) {
                              {"DaVinci Intermediate WideGamut", 0.336043F},
                              {"ACEScct", 0.413588F},
                              {"F-Log2", 0.391F},
+                             {"Film log (Cineon)", 0.45732F},
                              {"CanonLog2 CinemaGamut", 0.398F}}) {
         request.inputSpace = grey.space;
         const auto light = open()->transform(ColourConversion::Part::ToLight);
@@ -151,6 +152,50 @@ TEST_F(ConversionTest, KnowsTheUsualChromaticities) {
     EXPECT_EQ(open()->inputText(), "ACES2065-1, by the file's chromaticities");
     header.chromaticities = {0.5F, 0.3F, 0.2F, 0.6F, 0.1F, 0.1F, 0.3F, 0.3F};
     EXPECT_EQ(open()->inputText(), "ACEScg, by the default file rule");
+}
+
+TEST_F(ConversionTest, TakesAMovieForWhatTheDisplayOfItsTagsShows) {
+    header.floatingPoint = false;
+    header.curve = "srgb";
+    struct Tagged {
+        const char* primaries;
+        const char* transfer;
+        const char* space;
+    };
+    for (const Tagged& movie : {Tagged{"bt709", "iec61966-2-1", "sRGB - Display"},
+                                {"bt709", "bt709", "Rec.1886 Rec.709 - Display"},
+                                {"bt709", "smpte170m", "Rec.1886 Rec.709 - Display"},
+                                {"bt2020", "bt2020-10", "Rec.2020 - Camera"},
+                                {"bt2020", "smpte2084", "Rec.2100-PQ - Display"},
+                                {"bt2020", "arib-std-b67", "Rec.2100-HLG - Display"},
+                                {"smpte432", "iec61966-2-1", "Display P3 - Display"},
+                                {"smpte432", "smpte428", "P3-D65 - Display"},
+                                {"bt2020", "linear", "Linear Rec.2020"}}) {
+        header.primaries = movie.primaries;
+        header.transfer = movie.transfer;
+        EXPECT_EQ(open()->inputSpace(), movie.space);
+        EXPECT_TRUE(has(open()->inputText(), "by the movie's tags"));
+        EXPECT_EQ(open()->inputDoubt(), "");
+    }
+    header.transfer = "";
+    EXPECT_EQ(open()->inputText(), "sRGB - Texture, as usual for such files");
+    EXPECT_EQ(
+        open()->inputDoubt(),
+        "no space is known for a movie whose tags are bt2020 and no transfer; they are taken for sRGB - Texture");
+}
+
+TEST_F(ConversionTest, TakesFilmDensitiesForFilmAndDoubtsWhereThereIsNoSuchSpace) {
+    header.floatingPoint = false;
+    header.curve = "cineon";
+    EXPECT_EQ(open()->inputText(), "Film log (Cineon), by the file's printing densities");
+    folder.write("studio.ocio", studio);
+    const auto conversion = open(folder / "studio.ocio");
+    EXPECT_EQ(conversion->inputSpace(), "lin");
+    EXPECT_EQ(conversion->inputDoubt(),
+              "no space is known for values with the curve cineon; they are taken for lin");
+    PictureHeader other = header;
+    other.colourSpace = "out";
+    EXPECT_EQ(conversion->spaceOf(other), "out");
 }
 
 TEST_F(ConversionTest, UsesLooksAndVariables) {
