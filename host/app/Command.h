@@ -34,6 +34,7 @@ public:
 };
 
 std::unique_ptr<Command> renderCommand();
+std::unique_ptr<Command> lookCommand();
 std::unique_ptr<Command> codecsCommand();
 std::unique_ptr<Command> knobsCommand();
 std::unique_ptr<Command> presetsCommand();

@@ -5,6 +5,7 @@ namespace Corvel {
 std::vector<std::unique_ptr<Command>> allCommands() {
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(renderCommand());
+    commands.push_back(lookCommand());
     commands.push_back(panelCommand());
     commands.push_back(codecsCommand());
     commands.push_back(knobsCommand());

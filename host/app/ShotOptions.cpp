@@ -24,7 +24,7 @@ std::pair<std::string, std::string> parsePair(const std::string& text) {
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
-void declarePicture(CLI::App& app, RenderRequest& request) {
+void declareChannelsAndCurves(CLI::App& app, RenderRequest& request) {
     constexpr const char* group = "Picture";
     const std::map<std::string, int> channels{{"rgb", 3}, {"rgba", 4}};
     app.add_option("--channels", request.channels, "rgb or rgba (default: what the input has)")
@@ -68,6 +68,13 @@ void declareMetadata(CLI::App& app, RenderRequest& request) {
 
 }  // namespace
 
+void declarePictureOptions(CLI::App& app, RenderRequest& request) {
+    declareChannelsAndCurves(app, request);
+    declareGeometryOptions(app, request.format, request.geometry);
+    declareColourOptions(app, request.colour);
+    declareBurnInOptions(app, request.burnIns);
+}
+
 void declareShotOptions(CLI::App& app, const std::string& what, RenderRequest& request, std::string& preset) {
     declareFrameOptions(app, what, request.frames, request.missing);
     declareOrderOptions(app, request.order);
@@ -76,10 +83,7 @@ void declareShotOptions(CLI::App& app, const std::string& what, RenderRequest& r
         ->type_name("NAME")
         ->group("Codec");
     declareKnobOptions(app, request.knobs);
-    declarePicture(app, request);
-    declareGeometryOptions(app, request.format, request.geometry);
-    declareColourOptions(app, request.colour);
-    declareBurnInOptions(app, request.burnIns);
+    declarePictureOptions(app, request);
     declareMetadata(app, request);
 }
 

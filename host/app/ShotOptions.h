@@ -7,8 +7,12 @@
 
 namespace Corvel {
 
+/// Declares what is done to pictures on their way into a movie: channels and curves, geometry, colours,
+/// burn-ins. The options set `request`, which must live until the command line is parsed.
+void declarePictureOptions(CLI::App& app, RenderRequest& request);
+
 /// Declares everything that says what the frames of a movie are: which frames, the Write node's knobs,
-/// pictures, geometry, colours, burn-ins, time code and metadata. `what` is what the command does with
+/// pictures as above, time code and metadata. `what` is what the command does with
 /// frames, for the help: "render". The options set `request` and `preset`, which must live until the command
 /// line is parsed.
 void declareShotOptions(CLI::App& app, const std::string& what, RenderRequest& request, std::string& preset);

@@ -21,7 +21,6 @@ public:
         const char* operand;
         const char* operandHelp;
         const char* footer;
-        bool operandRequired = true;
     };
 
     explicit ToolCommand(Tool wanted) : tool(std::move(wanted)) {}
@@ -30,17 +29,13 @@ public:
     std::string summary() const override { return tool.summary; }
 
     void declare(CLI::App& app) override {
-        app.add_option(tool.operand, operand, tool.operandHelp)
-            ->required(tool.operandRequired)
-            ->type_name("");
+        app.add_option(tool.operand, operand, tool.operandHelp)->required()->type_name("");
         app.footer(tool.footer);
     }
 
     Exit run(Session&) override {
         std::vector<std::string> arguments(tool.arguments.begin(), tool.arguments.end());
-        if (!operand.empty()) {
-            arguments.push_back(operand);
-        }
+        arguments.push_back(operand);
         becomeTool(tool.program, arguments);
     }
 
@@ -63,23 +58,6 @@ std::unique_ptr<Command> recoverCommand() {
                   "says which.\n"
                   "\n"
                   "Exit codes: 0 the movie is whole, 1 it could not be recovered.",
-    });
-}
-
-std::unique_ptr<Command> panelCommand() {
-    return std::make_unique<ToolCommand>(ToolCommand::Tool{
-        .command = "panel",
-        .summary = "Show the Write node's panel in a window",
-        .program = "corvel-panel",
-        .arguments = {},
-        .operand = "INPUT",
-        .operandHelp = "Image sequence, still or movie, as `corvel render` takes it",
-        .footer = "The panel shows every knob of the node and the frame as it will be encoded, and renders. "
-                  "It remembers its\n"
-                  "settings in $XDG_CONFIG_HOME/corvel (else ~/.config/corvel).\n"
-                  "\n"
-                  "Exit codes: 0 closed, 2 there is no display.",
-        .operandRequired = false,
     });
 }
 

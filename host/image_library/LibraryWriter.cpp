@@ -8,6 +8,7 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -16,6 +17,7 @@
 #include <vector>
 
 #include "Kex/Image/LUT.h"
+#include "host/image_library/PngTags.h"
 #include "host/images/ImageWriter.h"
 #include "host/images/PackedTimecode.h"
 
@@ -34,6 +36,7 @@ struct Kind {
     bool straightAlpha;
     bool textsOnly;          // has no fields for time code and the like
     bool asTheyAre = false;  // no curve, and no statement about one
+    bool divided = false;    // the picture's colours are not multiplied by alpha
 };
 
 const std::array kinds{
@@ -97,11 +100,22 @@ void describe(const Kind& kind, const PictureHeader& header, OIIO::ImageSpec& sp
     }
 }
 
+bool isPng(const Kind& kind) {
+    return std::strcmp(kind.format, "png") == 0;
+}
+
+bool saysSrgb(const Kind& kind, const PictureHeader& header) {
+    return kind.asTheyAre && isPng(kind) && header.primaries == "bt709" && header.transfer == "iec61966-2-1";
+}
+
 OIIO::ImageSpec specOf(const Kind& kind, const Picture& picture, const PictureHeader& header) {
     OIIO::ImageSpec spec(picture.width(), picture.height(), picture.channels(), kind.type);
     spec.attribute("oiio:BitsPerSample", kind.bits);
     spec.attribute("compression", "zip");
     spec.attribute("oiio:UnassociatedAlpha", kind.straightAlpha ? 1 : 0);
+    if (saysSrgb(kind, header)) {
+        spec.attribute("oiio:ColorSpace", "sRGB");
+    }
     if (!kind.asTheyAre) {
         spec.attribute("oiio:ColorSpace", kind.curve == 0 ? "Linear" : "sRGB");
     }
@@ -118,7 +132,7 @@ void packRow(const Kind& kind, const Picture& picture, int y, std::vector<float>
     for (std::size_t channel = 0; channel < channels; ++channel) {
         const float* from = picture.row(static_cast<int>(channel), y);
         std::copy_n(from, count, plane.data());
-        if (channel < 3 && kind.straightAlpha && alpha) {
+        if (channel < 3 && kind.straightAlpha && !kind.divided && alpha) {
             std::transform(from, from + count, alpha, plane.data(),
                            [](float colour, float a) { return a == 0 ? 0 : colour / a; });
         }
@@ -140,6 +154,23 @@ std::vector<float> pack(const Kind& kind, const Picture& picture) {
         packRow(kind, picture, y, plane, samples.data() + static_cast<std::size_t>(y) * row);
     }
     return samples;
+}
+
+// As movies have them: what is not a number is 0.
+std::vector<std::uint16_t> nearestIntegers(const std::vector<float>& samples) {
+    std::vector<std::uint16_t> integers(samples.size());
+    std::transform(samples.begin(), samples.end(), integers.begin(), [](float sample) {
+        const double limited = sample > 0 ? std::min(sample, 1.0F) : 0.0;
+        return static_cast<std::uint16_t>(std::lrint(limited * 65535));
+    });
+    return integers;
+}
+
+bool writeSamples(OIIO::ImageOutput& output, const Kind& kind, const std::vector<float>& samples) {
+    if (kind.asTheyAre && kind.type == OIIO::TypeUInt16 && kind.bits == 16) {
+        return output.write_image(OIIO::TypeUInt16, nearestIntegers(samples).data());
+    }
+    return output.write_image(OIIO::TypeFloat, samples.data());
 }
 
 // A hidden file beside `path` that is removed again unless it takes the path's name.
@@ -179,9 +210,11 @@ void writeThroughLibrary(const std::string& path, const Picture& picture, const 
         refuse(path, fmt::format("images are written as {}", writableImageEndings()));
     }
     Kind kind = *known;
-    kind.asTheyAre = values == ImageValues::AsTheyAre;
+    kind.asTheyAre = values != ImageValues::LinearLight;
+    kind.divided = values == ImageValues::StraightAsTheyAre;
     if (kind.asTheyAre) {
         kind.curve = 0;
+        kind.straightAlpha = kind.straightAlpha || kind.divided;
     }
     const std::unique_ptr<OIIO::ImageOutput> output = OIIO::ImageOutput::create(kind.format);
     if (!output) {
@@ -190,8 +223,11 @@ void writeThroughLibrary(const std::string& path, const Picture& picture, const 
     output->threads(1);
     Unfinished file(path);
     if (!output->open(file.name, specOf(kind, picture, header)) ||
-        !output->write_image(OIIO::TypeFloat, pack(kind, picture).data()) || !output->close()) {
+        !writeSamples(*output, kind, pack(kind, picture)) || !output->close()) {
         refuse(path, output->geterror());
+    }
+    if (kind.asTheyAre && isPng(kind) && !tagPng(file.name, header.primaries, header.transfer)) {
+        refuse(path, std::strerror(errno));
     }
     file.finish();
 }

@@ -22,8 +22,9 @@ bool isWritableImageName(const std::string& path);
 
 /// What the samples of a picture that is written are.
 enum class ImageValues {
-    LinearLight,  ///< the file gets its format's own curve
-    AsTheyAre,    ///< the file gets these very values, which are those of some display or colour space
+    LinearLight,        ///< the file gets its format's own curve
+    AsTheyAre,          ///< the file gets these very values, which are those of some display or colour space
+    StraightAsTheyAre,  ///< the same, and the colours are not multiplied by alpha; for .png and .tif
 };
 
 /// Writes a picture, usually in linear light, premultiplied, as a file of the kind that its ending says:
@@ -34,6 +35,10 @@ enum class ImageValues {
 /// | .dpx        | 10-bit integer     | sRGB   | premultiplied |
 /// | .png        | 16-bit integer     | sRGB   | straight      |
 /// | .tif, .tiff | 16-bit integer     | sRGB   | premultiplied |
+///
+/// Values that are kept as they are become integers as those of a movie do: by rounding to the nearest one,
+/// half to even. A PNG file says what they are where `header` has primaries and transfer (chunk cICP, for
+/// sRGB the chunk sRGB too).
 ///
 /// Time code, reel, frame rate and pixel aspect of `header` go into the file's own fields, where its format
 /// has them. The file appears under its name only when it is whole; an existing one is replaced. Throws

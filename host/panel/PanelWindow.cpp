@@ -12,11 +12,13 @@
 #include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QSignalBlocker>
 #include <QSlider>
 #include <QSpinBox>
 #include <QSplitter>
+#include <utility>
 
 namespace Corvel::Panel {
 
@@ -59,6 +61,25 @@ QString listed(const QJsonObject& object, const QStringList& keys) {
     return parts.join(", ");
 }
 
+// Of an option that is given as one word, "--fit=inside".
+QString valueOf(const QStringList& options, const QString& name) {
+    const QStringList found = options.filter(QRegularExpression("^" + name + "="));
+    return found.isEmpty() ? "" : found.last().section('=', 1);
+}
+
+// Of the frames that are shown: the format's own, "720x576:16/15"; square where pictures are scaled into one;
+// else the input's.
+double pixelAspect(const QStringList& options, double ofInput) {
+    const QString format = valueOf(options, "--format");
+    if (const QString given = format.section(':', 1); !given.isEmpty()) {
+        const double divisor = given.contains('/') ? given.section('/', 1).toDouble() : 1;
+        return given.section('/', 0, 0).toDouble() / divisor;
+    }
+    const bool scaled =
+        QStringList{"inside", "fill", "stretch"}.contains(valueOf(options, "--fit").toLower());
+    return !format.isEmpty() && scaled ? 1 : ofInput;
+}
+
 QString pictureText(const QJsonObject& object) {
     return QString("%1 × %2 pixels, %3 bits")
         .arg(object["width"].toInt())
@@ -68,8 +89,9 @@ QString pictureText(const QJsonObject& object) {
 
 }  // namespace
 
-PanelWindow::PanelWindow(const QString& wanted)
-    : letters(lettersInUse),
+PanelWindow::PanelWindow(const QString& wanted, QStringList pictures)
+    : pictureOptions(std::move(pictures)),
+      letters(lettersInUse),
       node({.state = [this](const QJsonObject& state) { showState(state); },
             .message = [this](const Message& message) { tell(message); },
             .died =
@@ -85,7 +107,7 @@ PanelWindow::PanelWindow(const QString& wanted)
                 nullptr),
       preview(
           [this](const QImage& image, const QString& failure) {
-              picture->show(image, input.value("pixel_aspect").toDouble(1));
+              picture->show(image, pixelAspect(pictureOptions, input.value("pixel_aspect").toDouble(1)));
               picture->say(failure);
           },
           nullptr) {
@@ -159,7 +181,8 @@ void PanelWindow::showInput(const QJsonObject& newInput) {
     facts->setText(input.isEmpty()
                        ? ""
                        : pictureText(input) + (input.value("alpha").toBool() ? " with alpha" : "") + "\n" +
-                             listed(input, {"rate", "timecode", "reel"}));
+                             listed(input, {"rate", "timecode", "reel"}) +
+                             (pictureOptions.isEmpty() ? "" : "\n" + pictureOptions.join(" ")));
     picture->show({}, 1);
     if (!input.isEmpty()) {
         deriveOutput();
@@ -224,8 +247,9 @@ void PanelWindow::deletePreset() {
 
 void PanelWindow::wantPreview() {
     if (!input.isEmpty() && !rendering.isRunning()) {
-        const QStringList frame{"--frames", QString::number(frameBox->value())};
-        preview.encode(QStringList{input.value("path").toString()} + frame + form->renderOptions());
+        const QStringList frame{"--frame", QString::number(frameBox->value())};
+        preview.encode(QStringList{input.value("path").toString()} + frame + form->renderOptions() +
+                       pictureOptions);
     }
 }
 
@@ -251,7 +275,7 @@ void PanelWindow::render() {
     renderButton->setEnabled(false);
     cancelButton->setEnabled(true);
     showBusiness("rendering");
-    rendering.start(arguments + form->renderOptions());
+    rendering.start(arguments + form->renderOptions() + pictureOptions);
 }
 
 void PanelWindow::showProgress(const QJsonObject& event) {

@@ -28,8 +28,9 @@ namespace Corvel::Panel {
 /// what came of it. Everything that takes time happens in other processes.
 class PanelWindow : public QWidget {
 public:
-    /// `input` may be empty: the one of last time then.
-    explicit PanelWindow(const QString& input);
+    /// `input` may be empty: the one of last time then. `pictures` are options of `corvel render` for every
+    /// frame that is shown or rendered, each with its value in one word.
+    PanelWindow(const QString& input, QStringList pictures);
     ~PanelWindow() override;
 
 private:
@@ -64,6 +65,7 @@ private:
     void showBusiness(const QString& what);
     void remember();
 
+    const QStringList pictureOptions;
     Morvane::Desktop::Mnemonics letters;
     QLineEdit* inputLine = nullptr;
     QLineEdit* outputLine = nullptr;

@@ -36,7 +36,7 @@ Preview::~Preview() {
 }
 
 void Preview::encode(const QStringList& arguments) {
-    want({arguments, folder.filePath("frame.mov")});
+    want({arguments, {}});
 }
 
 void Preview::open(const QString& movie) {
@@ -55,24 +55,16 @@ void Preview::begin() {
     working = true;
     const Wish now = *std::exchange(wish, std::nullopt);
     if (now.arguments.isEmpty()) {
-        decode(now.movie);
+        make({"render", now.movie, "--frames", "1", "--progress", "none"});
         return;
     }
-    const QStringList arguments =
-        QStringList{"render"} + now.arguments + QStringList{"-o", now.movie, "-y", "--progress", "none"};
-    runCorvel(this, arguments, [this, now](bool done, const QByteArray&, const QString& error) {
-        if (done) {
-            decode(now.movie);
-        } else {
-            end({}, error);
-        }
-    });
+    make(QStringList{"look"} + now.arguments + QStringList{"--encoded"});
 }
 
-void Preview::decode(const QString& movie) {
+void Preview::make(const QStringList& arguments) {
     const QString path = folder.filePath("frame.png");
-    const QStringList arguments{"render", movie, "-o", path, "-y", "--frames", "1", "--progress", "none"};
-    runCorvel(this, arguments, [this, path](bool done, const QByteArray&, const QString& error) {
+    const QStringList whole = arguments + QStringList{"-o", path, "-y"};
+    runCorvel(this, whole, [this, path](bool done, const QByteArray&, const QString& error) {
         if (done) {
             read(path);
         } else {

@@ -11,7 +11,7 @@
 
 namespace Corvel::Panel {
 
-/// Frames as a movie has them: encoded by `corvel render` with the settings that the movie will have, and
+/// Frames as a movie has them: encoded by `corvel look` with the settings that the movie will have, and
 /// decoded again. One at a time; of several wishes only the last one is fulfilled, once they have settled.
 class Preview : public QObject {
 public:
@@ -22,7 +22,7 @@ public:
     /// Has what is being encoded end, and waits for that.
     ~Preview() override;
 
-    /// A frame of a movie that is still to be made: `arguments` of `corvel render`, without its output.
+    /// A frame of a movie that is still to be made: `arguments` of `corvel look`, without its output.
     void encode(const QStringList& arguments);
     /// The first frame of a movie that is there.
     void open(const QString& movie);
@@ -35,7 +35,7 @@ private:
 
     void want(const Wish& wish);
     void begin();
-    void decode(const QString& movie);
+    void make(const QStringList& arguments);
     void read(const QString& path);
     void end(const QImage& picture, const QString& failure);
 

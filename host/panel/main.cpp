@@ -20,8 +20,16 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName("corvel");
     Desktop::apply(Desktop::chosenAppearance());
-    const QStringList arguments = QApplication::arguments();
-    Corvel::Panel::PanelWindow window(arguments.value(1));
+    QString input;
+    QStringList pictureOptions;
+    for (const QString& word : QApplication::arguments().mid(1)) {
+        if (word.startsWith("--")) {
+            pictureOptions << word;
+        } else {
+            input = word;
+        }
+    }
+    Corvel::Panel::PanelWindow window(input, pictureOptions);
     window.show();
     const Corvel::Panel::QuitSignals quitSignals;
     return QApplication::exec();

@@ -63,6 +63,9 @@ public:
     [[noreturn]] void giveUp(const std::string& sentence);
     void expectEnd() override;
 
+    /// Where host and helpers share memory; what is made there is swept away with the rest.
+    const std::string& sharedFolder() const { return folder.path(); }
+
     const Interrupts& interrupts() const { return interrupts_; }
 
 private:

@@ -52,17 +52,20 @@ ReadAhead::Slot* ReadAhead::beginFrame(std::unique_lock<std::mutex>& lock) {
     return underWay.back().get();
 }
 
-void ReadAhead::read(FrameReader& reader, const PictureSteps& steps, Slot& slot) const {
-    if (slot.planned.source) {
-        slot.header = reader.read(*slot.planned.source, *slot.picture);
+PictureHeader ReadAhead::readFrame(FrameReader& reader, const PictureSteps& steps, const PictureHeader& blank,
+                                   const PlannedFrame& planned, std::size_t position, Picture& picture) {
+    PictureHeader header;
+    if (planned.source) {
+        header = reader.read(*planned.source, picture);
     } else if (!steps.empty()) {
-        slot.header = blank;
-        slot.picture->reset(blank.display.width, blank.display.height, blank.hasAlpha ? 4 : 3);
-        slot.picture->clear();
+        header = blank;
+        picture.reset(blank.display.width, blank.display.height, blank.hasAlpha ? 4 : 3);
+        picture.clear();
     }
     for (const std::unique_ptr<PictureStep>& step : steps) {
-        step->apply({slot.planned.number, slot.position, slot.header}, *slot.picture);
+        step->apply({planned.number, position, header}, picture);
     }
+    return header;
 }
 
 void ReadAhead::readFrames() {
@@ -72,7 +75,7 @@ void ReadAhead::readFrames() {
     while (Slot* slot = beginFrame(lock)) {
         lock.unlock();
         try {
-            read(*reader, steps, *slot);
+            slot->header = readFrame(*reader, steps, blank, slot->planned, slot->position, *slot->picture);
         } catch (...) {
             slot->failure = std::current_exception();
         }

@@ -51,6 +51,12 @@ public:
     /// thread.
     std::optional<Frame> next();
 
+    /// What the threads do for each frame, for whoever wants a single one: reads it, or makes it black as
+    /// `blank` says where the plan has no source for it, and does the steps. A black frame without steps
+    /// leaves the picture as it was and has an empty header. Throws as `next`.
+    static PictureHeader readFrame(FrameReader& reader, const PictureSteps& steps, const PictureHeader& blank,
+                                   const PlannedFrame& planned, std::size_t position, Picture& picture);
+
     /// The limits for pictures of `pictureBytes` on a machine of `threads` threads: as many pictures as there
     /// is work for, within `memoryBytes`, but never fewer than two.
     static Limits limitsFor(unsigned threads, std::size_t pictureBytes, std::size_t memoryBytes);
@@ -69,7 +75,6 @@ private:
     };
 
     void readFrames();
-    void read(FrameReader& reader, const PictureSteps& steps, Slot& slot) const;
     Slot* beginFrame(std::unique_lock<std::mutex>& lock);
     void recycle(std::unique_ptr<Picture> picture);
 

@@ -3,20 +3,16 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
-#include <algorithm>
 #include <chrono>
 #include <exception>
-#include <optional>
-#include <thread>
+#include <memory>
 
 #include "Kex/Image/Writer.h"
 #include "filesystem/FileSystem.h"
-#include "host/images/ImageSequence.h"
 #include "host/movies/MovieSource.h"
 #include "host/render/BurnIns.h"
 #include "host/render/DryRun.h"
 #include "host/render/NodeHost.h"
-#include "host/render/NodeSettings.h"
 #include "host/render/OutputGuard.h"
 #include "host/render/OutputPath.h"
 #include "host/render/RateMeter.h"
@@ -24,14 +20,12 @@
 #include "host/render/Reason.h"
 #include "host/render/RenderImages.h"
 #include "host/render/RenderPlan.h"
+#include "host/render/RenderSetup.h"
 
 namespace Corvel {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-// The size of a movie's frames isn't known before a helper has opened it.
-constexpr std::uint64_t roomForAnyFrame = std::uint64_t{1} << 30;
 
 /// One render after everything has been settled: the loop over the frames and the end of the movie.
 class RenderRun {
@@ -45,7 +39,6 @@ private:
     Exit writeFrames();
     Exit writeFrame(const ReadAhead::Frame& frame);
     void waitForFrame();
-    bool hasRightSize(const ReadAhead::Frame& frame) const;
     std::string finishMovie(Exit& outcome);
     void tell(int frame, double fraction, bool frameDone);
 
@@ -111,22 +104,10 @@ Exit RenderRun::writeFrames() {
     return written == static_cast<int>(plan.frames.size()) ? Exit::Done : Exit::Interrupted;
 }
 
-bool RenderRun::hasRightSize(const ReadAhead::Frame& frame) const {
-    const Window& display = frame.header.display;
-    if (frame.picture == nullptr ||
-        (display.width == plan.picture.width && display.height == plan.picture.height)) {
-        return true;
-    }
-    spdlog::error("frame {} ({}) has {} x {} pixels, not {} x {} as the first frame", frame.planned.number,
-                  plan.source->nameOf(*frame.planned.source), display.width, display.height,
-                  plan.picture.width, plan.picture.height);
-    return false;
-}
-
 Exit RenderRun::writeFrame(const ReadAhead::Frame& frame) {
     const int number = frame.planned.number;
-    if (!hasRightSize(frame)) {
-        return Exit::InputUnreadable;
+    if (frame.picture != nullptr) {
+        checkSize(plan, frame.planned, frame.header);
     }
     host.helper().setActivity(fmt::format("writing frame {}", number));
     host.onFrameFraction([this, number](double fraction) { tell(number, fraction, false); });
@@ -188,45 +169,19 @@ void RenderRun::tell(int frame, double fraction, bool frameDone) {
 Exit render(const RenderRequest& asked, Reporter& reporter) {
     RenderRequest request = asked;
     request.output = outputBehindLinks(asked.output);
-    const bool fromMovie = isMovieName(request.input);
-    std::unique_ptr<HelperSession> helpers;
-    if (fromMovie) {
-        helpers = std::make_unique<HelperSession>(roomForAnyFrame, reporter);
-        helpers->setTimeout(request.helperTimeout);
-    }
-    RenderPlan plan = planRender(request, [&](const Kex::Image::LUT* curve) -> std::unique_ptr<FrameSource> {
-        if (fromMovie) {
-            return std::make_unique<MovieSource>(request.input, curve, *helpers);
-        }
-        return std::make_unique<ImageSequence>(request.input, curve);
-    });
-    plan.carriesTimecode = fromMovie && plan.metadata.count("input/timecode") != 0;
-    if (!helpers) {
-        helpers = std::make_unique<HelperSession>(frameBytes(plan.format), reporter);
-        helpers->setTimeout(request.helperTimeout);
-    }
+    RenderSetup setup = setUpRender(request, reporter);
+    RenderPlan& plan = setup.plan;
     if (writesImages(request.output)) {
         addBurnIns(request, plan, nullptr);
-        return renderImages(request, plan, *helpers, reporter);
+        return renderImages(request, plan, *setup.helpers, reporter);
     }
-    NodeHost host(request.output, plan.format, plan.depth, *helpers);
-    if (plan.lut != nullptr) {
-        host.node().setLut(plan.lut);
-    }
-    if (request.advanced) {
-        // As long as the person takes, which is no sign of a helper in trouble.
-        host.helper().setIdle("waiting for the settings dialog");
-    } else {
-        host.helper().setActivity("setting up");
-    }
-    applySettings(host.node(), host.picture(), request, plan);
-    addBurnIns(request, plan, &host.node());
+    const std::unique_ptr<NodeHost> host = setUpNode(request, request.output, setup);
     if (request.dryRun) {
-        fmt::print("{}", dryRunText(request, plan, host.node()));
+        fmt::print("{}", dryRunText(request, plan, host->node()));
         reporter.end({});
         return Exit::Done;
     }
-    return RenderRun(request, plan, host, reporter).run();
+    return RenderRun(request, plan, *host, reporter).run();
 }
 
 }  // namespace Corvel

@@ -188,6 +188,18 @@ class PanelTest(unittest.TestCase):
         self.wait_for_knob("writeTimeCode", "on")
         self.assertEqual(self.remembered()["quality"], "2")
 
+    def test_options_for_pictures_count_for_what_is_shown_and_rendered(self):
+        window = self.open("--display", "Rec.2100-PQ - Display", "--format", "320x240", "--fit", "inside",
+                           "--burnin-text", "top-left={codec}", self.folder / "ball.####.exr")
+        self.render(window)
+        video = streams(self.movie)[0]
+        self.assertEqual((video["width"], video["height"], video["color_transfer"]), (320, 240, "smpte2084"))
+
+    def test_options_that_cannot_be_are_refused_before_there_is_a_window(self):
+        result = subprocess.run([CORVEL, "panel", "--format", "wide"], env=self.environment, capture_output=True, text=True,
+                                check=False)
+        self.assertEqual((result.returncode, "--format" in result.stderr), (2, True), result.stderr)
+
     def test_without_a_display_it_says_so(self):
         environment = {name: value for name, value in self.environment.items() if name != "DISPLAY"}
         result = subprocess.run([CORVEL, "panel"], env=environment, capture_output=True, text=True, check=False)
