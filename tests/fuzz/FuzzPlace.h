@@ -1,6 +1,5 @@
 #pragma once
 
-#include <sanitizer/common_interface_defs.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -10,6 +9,10 @@
 #include <string>
 
 #include "platform/Confinement.h"
+
+/// There where a sanitizer is.
+extern "C" void __sanitizer_symbolize_pc(void* place, const char* format, char* name, std::size_t size)
+    __attribute__((weak));
 
 namespace Morvane::Fuzz {
 
@@ -45,11 +48,11 @@ private:
     /// The program that names places in the code must run before no program can be started any more.
     static void startSymbolizer() {
         char name[256];
-        __sanitizer_symbolize_pc(reinterpret_cast<void*>(&startSymbolizer), "%f", name, sizeof name);
+        if (&__sanitizer_symbolize_pc != nullptr)
+            __sanitizer_symbolize_pc(reinterpret_cast<void*>(&startSymbolizer), "%f", name, sizeof name);
     }
 
-    const std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("corvel-fuzz-" + std::to_string(getpid()));
+    const std::filesystem::path folder_ = std::filesystem::temp_directory_path() / "corvel-fuzz";
 };
 
 }  // namespace Morvane::Fuzz
