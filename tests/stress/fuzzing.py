@@ -9,6 +9,7 @@ import subprocess
 from findings import Finding, expect
 
 SECONDS = 30
+COVERAGE_EVERY = 20  # runs
 
 # The code that a target is about; every edge of it counts, also what the target cannot reach.
 CODE = {
@@ -33,11 +34,12 @@ CODE = {
 
 
 class Fuzz:
-    def __init__(self, target, folder):
+    def __init__(self, target, folder, done):
         self.target = pathlib.Path(target)
         self.name = self.target.name[5:]
         self.corpus = pathlib.Path(folder).resolve() / "corpus" / self.name
         self.found = pathlib.Path(folder).resolve() / "found" / self.name
+        self.runs = int(done.get("runs", 0))
         self.seeds = pathlib.Path(__file__).resolve().parents[1] / "fuzz" / "corpus" / self.name
 
     def step(self):
@@ -49,21 +51,19 @@ class Fuzz:
         after = resource.getrusage(resource.RUSAGE_CHILDREN)
         if result.returncode != 0:
             raise Finding(f"{self.name}: see {self.found}: {result.stderr[-1500:]}")
-        runs = re.search(r"number_of_executed_units:\s*(\d+)", result.stderr)
+        inputs = re.search(r"number_of_executed_units:\s*(\d+)", result.stderr)
         processor = (after.ru_utime + after.ru_stime) - (before.ru_utime + before.ru_stime)
-        return {"inputs": int(runs[1]) if runs else 0, "processor minutes": processor / 60}
+        self.runs += 1
+        coverage = self.coverage() if self.runs % COVERAGE_EVERY == 1 else {}
+        return {"runs": 1, "inputs": int(inputs[1]) if inputs else 0, "processor minutes": processor / 60, **coverage}
 
     def run(self, *options):
         environment = {**os.environ, "CORVEL_FUZZ_CORPUS": str(self.corpus.parents[1])}
         return subprocess.run([self.target, *options, self.corpus, self.seeds], capture_output=True, text=True,
                               errors="replace", check=False, stdin=subprocess.DEVNULL, env=environment)
 
-
-class Coverage(Fuzz):
-    """How much of the code that a target is about is run by what has been found so far."""
-
-    def step(self):
-        self.corpus.mkdir(parents=True, exist_ok=True)
+    def coverage(self):
+        """How much of the code that a target is about is run by what has been found so far."""
         result = self.run("-runs=0", "-print_coverage=1")
         expect(result.returncode == 0, self.name, result.stderr[-1500:])
         covered = edges = 0

@@ -34,7 +34,8 @@ def isolate():
         if subprocess.run(["unshare", *spaces, "true"], check=False, stderr=subprocess.DEVNULL).returncode != 0:
             print("skipped: no namespaces to be had here")
             sys.exit(SKIPPED)
-        command = ["unshare", *spaces, sys.executable, *sys.argv]
+        # Should this process be killed, so is what it has started.
+        command = ["setpriv", "--pdeathsig", "KILL", "unshare", *spaces, sys.executable, *sys.argv]
         inner = subprocess.Popen(command, env={**os.environ, MARK: folder})
         for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
             # The one inside stops, with all that it has started, and this one after it.

@@ -3,8 +3,8 @@
 Usage: stress.py BUILD-FOLDER [--figures FOLDER] [--trial NAME]… [--hours H | --rounds N]
 
 With --hours it goes on until the time is over or Ctrl-C; the next run goes on from the figures kept in FOLDER, where
-findings are kept too. The trials take turns. The exit code is 1 when something was found, 77 where this system does
-not allow a place of our own.
+findings are kept too. The trials take turns so that each gets the same time, over all runs. The exit code is 1 when
+something was found, 77 where this system does not allow a place of our own.
 """
 
 import argparse
@@ -23,6 +23,8 @@ import harness
 import kills
 import trials
 from findings import Finding
+
+STOPPING = (signal.SIGINT, signal.SIGTERM, signal.SIGHUP)
 
 
 class Book:
@@ -83,28 +85,42 @@ def make_trials(scene, build, book, brief):
     if (threads / "Corvel.app").exists():
         made["threads"] = checkers.Threads(scene, threads)
     for target in sorted((build.parent / "fuzz/tests/fuzz").glob("fuzz_*")):
-        made[f"fuzz {target.name[5:]}"] = fuzzing.Fuzz(target, book.folder)
-        made[f"coverage {target.name[5:]}"] = fuzzing.Coverage(target, book.folder)
+        name = f"fuzz {target.name[5:]}"
+        made[name] = fuzzing.Fuzz(target, book.folder, book.of(name))
     return made
 
 
-def run_in_turn(chosen, book, over):
-    """One step of each trial in turn until `over`. How many things were found."""
+def run(name, trial, book):
+    """One step. How many things were found."""
+    began = time.monotonic()
     found = 0
-    while True:
-        for name, trial in chosen.items():
-            if over():
-                return found
-            began = time.monotonic()
-            try:
-                figures = trial.step()
-            except Finding as finding:
-                print(f"FOUND {name}: {finding}", flush=True)
-                book.note(name, finding)
-                figures = {"findings": 1}
-                found += 1
-            book.add(name, figures, time.monotonic() - began)
-            print(f"{name}: {round(time.monotonic() - began, 1)} s", flush=True)
+    try:
+        figures = trial.step()
+    except Finding as finding:
+        print(f"FOUND {name}: {finding}", flush=True)
+        book.note(name, finding)
+        figures = {"findings": 1}
+        found = 1
+    book.add(name, figures, time.monotonic() - began)
+    print(f"{name}: {round(time.monotonic() - began, 1)} s", flush=True)
+    return found
+
+
+def run_for(seconds, chosen, book):
+    """Always the trial that has had the least time in all runs so far. How many things were found."""
+    end = time.monotonic() + seconds
+    found = 0
+    while time.monotonic() < end:
+        name = min(chosen, key=lambda name: book.of(name).get("minutes", 0))
+        found += run(name, chosen[name], book)
+    return found
+
+
+def stop(*_):
+    """One Ctrl-C may arrive twice, from the terminal and from the process outside."""
+    for number in STOPPING:
+        signal.signal(number, signal.SIG_IGN)
+    raise KeyboardInterrupt
 
 
 def main():
@@ -117,8 +133,8 @@ def main():
     options = parser.parse_args()
     harness.isolate()
     # Also where a shell that does not wait has them ignored.
-    for number in (signal.SIGINT, signal.SIGTERM):
-        signal.signal(number, signal.default_int_handler)
+    for number in STOPPING:
+        signal.signal(number, stop)
     folder = tempfile.mkdtemp(prefix="stress-")
     book = Book(options.figures or pathlib.Path(folder) / "figures")
     scene = trials.Scene(options.build.resolve(), folder)
@@ -128,12 +144,12 @@ def main():
         if unknown:
             parser.error(f"no such trial here: {', '.join(unknown)}; there are: {', '.join(chosen)}")
         chosen = {name: chosen[name] for name in options.trial}
-    end = time.monotonic() + 3600 * (options.hours or 0)
-    steps = iter(range(options.rounds * len(chosen)))
-    over = (lambda: time.monotonic() > end) if options.hours else (lambda: next(steps, None) is None)
     found = 0
     try:
-        found = run_in_turn(chosen, book, over)
+        if options.hours:
+            found = run_for(3600 * options.hours, chosen, book)
+        else:
+            found = sum(run(*trial, book) for _ in range(options.rounds) for trial in chosen.items())
     except KeyboardInterrupt:
         print("stopped; the next run goes on from here")
     print(book.table())
