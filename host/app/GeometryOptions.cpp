@@ -4,6 +4,8 @@
 
 #include <cstdio>
 #include <map>
+#include <string>
+#include <vector>
 
 namespace Corvel {
 namespace {
@@ -83,25 +85,36 @@ MaskRequest parseMask(const std::string& text) {
     return mask;
 }
 
+// One of several words. The option keeps the word, which is what other programs are told.
+template <typename Value, typename Place>
+void declareChoice(CLI::App& app, const char* name, const std::map<std::string, Value>& choices, Place& place,
+                   const char* help, const char* type) {
+    std::vector<std::string> words;
+    for (const auto& [word, value] : choices) {
+        words.push_back(word);
+    }
+    app.add_option_function<std::string>(
+           name, [choices, &place](const std::string& word) { place = choices.at(word); }, help)
+        ->transform(CLI::IsMember(words, CLI::ignore_case).description(""))
+        ->type_name(type)
+        ->group(group);
+}
+
 void declareScaling(CLI::App& app, GeometryRequest& geometry) {
     const std::map<std::string, Fit> fits{
         {"inside", Fit::Inside}, {"fill", Fit::Fill}, {"stretch", Fit::Stretch}, {"crop", Fit::Crop}};
-    app.add_option("--fit", geometry.fit,
-                   "How pictures come into the format: inside (scaled, with bars), fill (scaled, edges cut "
-                   "off), stretch, or crop (not scaled, centred); default: not scaled, lower left")
-        ->transform(CLI::CheckedTransformer(fits, CLI::ignore_case).description(""))
-        ->type_name("HOW")
-        ->group(group);
+    declareChoice(app, "--fit", fits, geometry.fit,
+                  "How pictures come into the format: inside (scaled, with bars), fill (scaled, edges cut "
+                  "off), stretch, or crop (not scaled, centred); default: not scaled, lower left",
+                  "HOW");
     const std::map<std::string, Filter> filters{
         {"nearest", Filter::Nearest},        {"box", Filter::Box},
         {"triangle", Filter::Triangle},      {"mitchell", Filter::Mitchell},
         {"catmull-rom", Filter::CatmullRom}, {"lanczos", Filter::Lanczos}};
-    app.add_option("--filter", geometry.filter,
-                   "How pixels are mixed: nearest, box, triangle, mitchell, catmull-rom or lanczos (default: "
-                   "lanczos)")
-        ->transform(CLI::CheckedTransformer(filters, CLI::ignore_case).description(""))
-        ->type_name("NAME")
-        ->group(group);
+    declareChoice(app, "--filter", filters, geometry.filter,
+                  "How pixels are mixed: nearest, box, triangle, mitchell, catmull-rom or lanczos (default: "
+                  "lanczos)",
+                  "NAME");
 }
 
 }  // namespace

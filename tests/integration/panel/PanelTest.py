@@ -189,7 +189,7 @@ class PanelTest(unittest.TestCase):
         self.assertEqual(self.remembered()["quality"], "2")
 
     def test_options_for_pictures_count_for_what_is_shown_and_rendered(self):
-        window = self.open("--display", "Rec.2100-PQ - Display", "--format", "320x240", "--fit", "inside",
+        window = self.open("--display", "Rec.2100-PQ - Display", "--format", "320x240", "--fit", "INSIDE",
                            "--burnin-text", "top-left={codec}", self.folder / "ball.####.exr")
         self.render(window)
         video = streams(self.movie)[0]
