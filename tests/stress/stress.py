@@ -82,7 +82,7 @@ def make_trials(scene, build, book, brief):
     if shutil.which("valgrind"):
         made["leaks"] = checkers.Leaks(scene)
     threads = build.parent / "tsan"
-    if (threads / "Corvel.app").exists():
+    if (threads / "Corvel.app/Contents/MacOS/corvel").exists():
         made["threads"] = checkers.Threads(scene, threads)
     for target in sorted((build.parent / "fuzz/tests/fuzz").glob("fuzz_*")):
         name = f"fuzz {target.name[5:]}"

@@ -126,7 +126,7 @@ class FullDisk:
 
 
 class SmallDisk:
-    """The movie goes to a file system of 16 kB and more, larger from run to run."""
+    """The movie goes to a file system of 16 kB and more, larger from run to run until the movie has room."""
 
     def __init__(self, scene, done):
         self.scene = scene
@@ -134,11 +134,12 @@ class SmallDisk:
 
     def step(self):
         scene = self.scene
+        sums = scene.undisturbed(*FullDisk.OPTIONS)
         scene.clear()
-        size = 16 + 24 * (self.next % 120)  # kB
+        size = 16 + 1100 * (self.next % 128)  # kB
         subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={size}k", "tmpfs", scene.out], check=True)
         try:
-            figures = judge_full(scene, scene.render(), scene.sums)
+            figures = judge_full(scene, scene.render(options=FullDisk.OPTIONS), sums)
         finally:
             subprocess.run(["umount", scene.out], check=True)
         scene.check_clean()
