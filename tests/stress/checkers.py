@@ -90,7 +90,10 @@ class Threads:
 
     def run(self, command):
         log = self.scene.folder / "races"
-        run = harness.Run(command, self.scene.folder, {"TSAN_OPTIONS": f"log_path={log}:exitcode=0"})
+        # The sanitizer loads libraries in the program's place, and does not know where the program looks for them.
+        frameworks = self.corvel.parents[1] / "Frameworks"
+        run = harness.Run(command, self.scene.folder, {"TSAN_OPTIONS": f"log_path={log}:exitcode=0",
+                                                       "LD_LIBRARY_PATH": str(frameworks)})
         code = run.end(PATIENCE)
         logs = list(self.scene.folder.glob("races.*"))
         reports = [path.read_text(encoding="utf-8", errors="replace") for path in logs]
