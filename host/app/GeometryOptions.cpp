@@ -90,6 +90,7 @@ template <typename Value, typename Place>
 void declareChoice(CLI::App& app, const char* name, const std::map<std::string, Value>& choices, Place& place,
                    const char* help, const char* type) {
     std::vector<std::string> words;
+    words.reserve(choices.size());
     for (const auto& [word, value] : choices) {
         words.push_back(word);
     }

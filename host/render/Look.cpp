@@ -164,8 +164,10 @@ Still handedOver(const LookRequest& asked, const RenderPlan& plan, const Kex::Im
     return still;
 }
 
-// The movie of that one frame, read again.
-Still encoded(NodeHost& host, int frame, HelperSession& helpers, const std::string& movie) {
+// The movie of that one frame, read again. Where the still can say so its alpha is divided out, in the light
+// of the curve, or as it was multiplied by the reader of a movie with straight alpha.
+Still encoded(NodeHost& host, int frame, HelperSession& helpers, const std::string& movie,
+              const std::string& output) {
     host.helper().setActivity(fmt::format("writing frame {}", frame));
     host.node().execute(frame);
     if (!host.node().failed()) {
@@ -177,6 +179,11 @@ Still encoded(NodeHost& host, int frame, HelperSession& helpers, const std::stri
     const MovieSource source(movie, LUT::getLut(0), helpers);
     Still still;
     source.createReader()->read(1, still.picture);
+    if (still.picture.hasAlpha() && keepsAlpha(output, true)) {
+        const bool straight = settingsOf(host.node()).value("alpha") == "straight";
+        divideAlphaOut(straight ? *LUT::getLut(0) : curveOf(host.node()), still.picture);
+        still.values = ImageValues::StraightAsTheyAre;
+    }
     return still;
 }
 
@@ -214,7 +221,7 @@ Exit look(const LookRequest& asked, Reporter& reporter) {
     PictureHeader header = readFrame(plan, position, picture);
     const bool isBlank = header.display.width == 0;
     host->picture().show(isBlank ? nullptr : &picture);
-    Still still = wanted.encoded ? encoded(*host, planned.number, *setup.helpers, movie.path)
+    Still still = wanted.encoded ? encoded(*host, planned.number, *setup.helpers, movie.path, request.output)
                                  : handedOver(wanted, plan, host->node());
     host->helper().setIdle("writing the still");
     header.pixelAspect = plan.format.pixelAspect();

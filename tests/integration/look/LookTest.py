@@ -153,6 +153,19 @@ class Look(unittest.TestCase):
         self.look(shot, "--frame", 1002, *options, still=exact)
         self.assertNotEqual(colours_of(self.still)[3], colours_of(exact)[3])
 
+    def test_translucent_colours_come_back_from_a_codec_as_they_are_without_alpha(self):
+        """What a movie with straight alpha has is seen of a movie with multiplied colours too."""
+        shot, straight = self.sequence(alpha=True), self.folder / "straight.png"
+        self.look(shot, "--codec", "png ", "--settings", "bitdepth=16:alpha=straight", still=straight)
+        wanted = colours_of(straight)[3]
+        for alpha in ("straight", "premultiplied"):
+            self.look(shot, "--encoded", "--codec", "png ", "--settings", f"bitdepth=16:alpha={alpha}")
+            ours = colours_of(self.still)[3]
+            for i in range(0, len(wanted), 4):
+                if wanted[i + 3] > 6553:
+                    for colour in range(4):
+                        self.assertLessEqual(abs(ours[i + colour] - wanted[i + colour]), 20, (alpha, i))
+
     def test_a_png_file_says_what_its_colours_are(self):
         shot = self.sequence(frames=(1001,))
         for options, wanted in (((), (1, 13)), (("--lut", "rec709"), (1, 1)),
