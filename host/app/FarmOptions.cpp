@@ -184,7 +184,7 @@ void declareFarmOptions(CLI::App& app, FarmRequest& farm) {
 Exit renderInChunks(const CLI::App& app, const RenderRequest& request, const FarmRequest& farm,
                     Reporter& reporter) {
     refuseWhatCannotBe(request);
-    const ImageSequence source(request.input, nullptr);
+    const ImageSequence source(request.input, nullptr, request.choice);
     FarmState state = stateOf(app, request, farm);
     state.chunks = planChunks(source, request, framesEach(farm, framesOf(source, request)));
     if (static_cast<int>(state.chunks.size()) > mostChunks) {

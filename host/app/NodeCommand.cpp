@@ -10,6 +10,7 @@
 
 #include "host/app/Command.h"
 #include "host/app/NodeConversation.h"
+#include "host/app/ReadOptions.h"
 #include "host/app/StartUp.h"
 #include "host/render/Log.h"
 #include "platform/ProcessWatch.h"
@@ -60,6 +61,7 @@ public:
     void declare(CLI::App& app) override {
         app.add_option("INPUT", input, "What the node is to write, as `corvel render` takes it")
             ->type_name("");
+        declareReadOptions(app, choice, depth);
         app.footer(footer);
     }
 
@@ -87,7 +89,9 @@ private:
             return std::nullopt;
         }
         try {
-            return openNodeInput(input, *helpers);
+            NodeInput opened = openNodeInput(input, choice, *helpers);
+            opened.header.hasAlpha = depth ? *depth == 4 : opened.header.hasAlpha;
+            return opened;
         } catch (const std::exception& error) {
             spdlog::error(error.what());
         }
@@ -103,6 +107,8 @@ private:
     }
 
     std::string input;
+    PictureChoice choice;
+    std::optional<int> depth;
 };
 
 }  // namespace

@@ -47,6 +47,7 @@ Json factsOf(const NodeInput& input) {
             {"pixel_aspect", header.pixelAspect},
             {"alpha", header.hasAlpha},
             {"bits", header.bits},
+            {"channels", header.picked.empty() ? Json() : Json(header.picked)},
             {"rate", text("input/frame_rate")},
             {"timecode", text("input/timecode")},
             {"reel", text("quicktime/reel")}};
@@ -62,13 +63,13 @@ Kex::Image::Format formatOf(const NodeInput* input) {
 
 }  // namespace
 
-NodeInput openNodeInput(const std::string& path, HelperSession& helpers) {
+NodeInput openNodeInput(const std::string& path, const PictureChoice& choice, HelperSession& helpers) {
     NodeInput input;
     input.path = path;
     if (isMovieName(path)) {
-        input.source = std::make_unique<MovieSource>(path, nullptr, helpers);
+        input.source = std::make_unique<MovieSource>(moviePath(path, choice), nullptr, helpers);
     } else {
-        input.source = std::make_unique<ImageSequence>(path, nullptr);
+        input.source = std::make_unique<ImageSequence>(path, nullptr, choice);
     }
     input.header = input.source->header(input.source->frames().front());
     return input;

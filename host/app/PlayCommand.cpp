@@ -1,7 +1,10 @@
 #include <fmt/format.h>
 
+#include <optional>
+
 #include "host/app/Command.h"
 #include "host/app/FrameOptions.h"
+#include "host/app/ReadOptions.h"
 #include "host/play/Play.h"
 #include "host/render/Bundle.h"
 #include "host/render/Curves.h"
@@ -43,6 +46,7 @@ private:
     void declarePicture(CLI::App& app);
 
     PlayRequest request;
+    std::optional<int> depth;  // alpha is not shown, whatever is asked
 };
 
 void PlayCommand::declare(CLI::App& app) {
@@ -59,6 +63,7 @@ void PlayCommand::declare(CLI::App& app) {
         ->type_name("WxH@RATE");
     app.add_flag("--loop", request.loop, "Play again and again");
     app.add_flag("--full-screen", request.fullScreen, "Use the whole screen (default: a window)");
+    declareReadOptions(app, request.choice, depth);
     declareFrameOptions(app, "show", request.frames, request.missing);
     app.add_option("--threads", request.threads, "Threads that read frames (default: one a processor)")
         ->check(CLI::Range(1, 256).description(""))

@@ -21,6 +21,7 @@ constexpr const char* footer =
     "  corvel render shot.%04d.exr -o shot.mov --codec 'prores 4444' --frames 1001-1100\n"
     "  corvel render 'shot.####.png' -o shot.mov --codec h.264 --quality high --fps 23.976 --audio mix.wav\n"
     "  corvel render 'shot.####.dpx' -o shot.mov --codec apch --timecode 01:00:00:00 --reel A001\n"
+    "  corvel render 'shot_%V.####.exr' -o right.mov --stereo-view right --layer diffuse\n"
     "  corvel render shot.mov -o 'shot.####.exr' --frames 1-24\n"
     "  corvel render 'shot.####.exr' -o shot.mov --farm local --jobs 4\n"
     "\n"
@@ -66,7 +67,7 @@ void RenderCommand::declare(CLI::App& app) {
 
 void RenderCommand::declareFiles(CLI::App& app) {
     app.add_option("INPUT", request.input,
-                   "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie")
+                   "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie; %V stands for a stereo view")
         ->required()
         ->type_name("");
     app.add_option("-o,--output", request.output,

@@ -2,13 +2,12 @@
 
 #include <fmt/format.h>
 
-#include <map>
-
 #include "host/app/BurnInOptions.h"
 #include "host/app/ColourOptions.h"
 #include "host/app/FrameOptions.h"
 #include "host/app/GeometryOptions.h"
 #include "host/app/KnobOptions.h"
+#include "host/app/ReadOptions.h"
 #include "host/presets/PresetStore.h"
 #include "host/render/Bundle.h"
 #include "host/render/Curves.h"
@@ -24,13 +23,8 @@ std::pair<std::string, std::string> parsePair(const std::string& text) {
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
-void declareChannelsAndCurves(CLI::App& app, RenderRequest& request) {
+void declareCurves(CLI::App& app, RenderRequest& request) {
     constexpr const char* group = "Picture";
-    const std::map<std::string, int> channels{{"rgb", 3}, {"rgba", 4}};
-    app.add_option("--channels", request.channels, "rgb or rgba (default: what the input has)")
-        ->transform(CLI::CheckedTransformer(channels, CLI::ignore_case).description(""))
-        ->type_name("WHICH")
-        ->group(group);
     const std::string curves = curveNames();
     app.add_option("--lut", request.lut,
                    fmt::format("Curve of the movie's values: {} (default: srgb)", curves))
@@ -69,7 +63,8 @@ void declareMetadata(CLI::App& app, RenderRequest& request) {
 }  // namespace
 
 void declarePictureOptions(CLI::App& app, RenderRequest& request) {
-    declareChannelsAndCurves(app, request);
+    declareReadOptions(app, request.choice, request.channels);
+    declareCurves(app, request);
     declareGeometryOptions(app, request.format, request.geometry);
     declareColourOptions(app, request.colour);
     declareBurnInOptions(app, request.burnIns);

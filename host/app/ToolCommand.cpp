@@ -9,7 +9,7 @@ namespace Corvel {
 namespace {
 
 // A command that is a program beside the helper, since it works on what the host itself does not touch: movie
-// files, windows and the bridge's bare protocol. The program takes this process's place, and so its exit code
+// files and the bridge's bare protocol. The program takes this process's place, and so its exit code
 // is the command's.
 class ToolCommand : public Command {
 public:

@@ -9,7 +9,9 @@ namespace {
 
 class OpenImageLibrary : public ImageLibrary {
 public:
-    std::unique_ptr<ImageReader> createReader() const override { return std::make_unique<LibraryReader>(); }
+    std::unique_ptr<ImageReader> createReader(const PictureChoice& choice) const override {
+        return std::make_unique<LibraryReader>(choice);
+    }
 
     std::string readableFormats() const override {
         std::string names;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 #include <mutex>
@@ -14,8 +15,8 @@
 #include "Kex/Image/LUT.h"
 #include "host/image_library/DpxFile.h"
 #include "host/image_library/FileStatement.h"
+#include "host/image_library/LibraryContents.h"
 #include "host/images/ChannelLayout.h"
-#include "host/images/ExrFile.h"
 #include "host/images/PlacePixels.h"
 
 namespace Corvel {
@@ -88,14 +89,26 @@ int orientationOf(const OIIO::ImageSpec& spec) {
     return orientation >= 1 && orientation <= 8 ? orientation : upright;
 }
 
-PictureHeader headerOf(const OIIO::ImageSpec& spec) {
+// Of the channels that are read, where they differ.
+int bitsOf(const OIIO::ImageSpec& spec, const ChannelLayout& layout) {
+    if (spec.channelformats.empty()) {
+        return spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8);
+    }
+    std::size_t bytes = 0;
+    for (const int channel : {layout.red, layout.green, layout.blue, layout.alpha}) {
+        bytes = std::max(bytes, channel < 0 ? 0 : spec.channelformat(channel).size());
+    }
+    return static_cast<int>(bytes) * 8;
+}
+
+PictureHeader headerOf(const OIIO::ImageSpec& spec, const ChannelLayout& layout) {
     PictureHeader header;
     header.display = displayWindowOf(spec);
     header.data = {spec.x, spec.y, spec.width, spec.height};
     header.pixelAspect = pixelAspectOf(spec);
-    header.hasAlpha = findChannels(spec.channelnames).alpha >= 0;
-    header.bits = spec.get_int_attribute("oiio:BitsPerSample", static_cast<int>(spec.format.size()) * 8);
-    header.floatingPoint = spec.format.is_floating_point();
+    header.hasAlpha = layout.alpha >= 0;
+    header.bits = bitsOf(spec, layout);
+    header.floatingPoint = spec.channelformat(layout.red).is_floating_point();
     header.curve = curveOf(spec);
     header.colourSpace = colourSpaceOf(spec);
     header.chromaticities = chromaticitiesOf(spec);
@@ -121,16 +134,124 @@ void turnUpright(const std::string& path, const OIIO::ImageSpec& spec, int chann
     }
 }
 
-ExrScanlines::ChannelNames channelNames(const OIIO::ImageSpec& spec, const ChannelLayout& layout) {
-    const auto name = [&spec](int channel) {
-        return channel < 0 ? std::string() : spec.channelnames[static_cast<std::size_t>(channel)];
+// The same channels in the library's order, which is not the file's.
+ChannelLayout inLibrarysOrder(const ChannelLayout& layout, const std::vector<StoredChannel>& stored,
+                              const OIIO::ImageSpec& spec) {
+    const auto find = [&](int channel) {
+        return channel < 0 ? -1 : spec.channelindex(stored[static_cast<std::size_t>(channel)].name);
     };
-    return {name(layout.red), name(layout.green), name(layout.blue), name(layout.alpha)};
+    return {find(layout.red), find(layout.green), find(layout.blue), find(layout.alpha)};
+}
+
+// An open file at the picture that is wanted.
+struct OpenPicture {
+    std::unique_ptr<OIIO::ImageInput> input;
+    int part = 0;
+    OIIO::ImageSpec spec;
+    ChannelLayout layout;  ///< in the library's order
+    PictureHeader header;
+};
+
+OpenPicture openPicture(const std::string& path, const PictureChoice& choice) {
+    OpenPicture open;
+    open.input = openFile(path);
+    const bool all = !choice.part.empty() || !choice.layer.empty();
+    const FileContents contents = libraryContents(path, *open.input, all ? Parts::All : Parts::First);
+    const ChosenPicture chosen = chooseFrom(path, contents, choice);
+    open.part = chosen.part;
+    if (!open.input->seek_subimage(chosen.part, 0)) {
+        refuse(path, open.input->geterror());
+    }
+    open.spec = open.input->spec();
+    checkPixels(path, open.spec);
+    open.layout = inLibrarysOrder(chosen.layout,
+                                  contents.parts[static_cast<std::size_t>(chosen.part)].channels, open.spec);
+    if (std::min({open.layout.red, open.layout.green, open.layout.blue}) < 0) {
+        refuse(path, "its channels cannot be told apart");
+    }
+    open.header = headerOf(open.spec, open.layout);
+    open.header.picked = textOf(contents, chosen);
+    if (chosen.part != 0) {
+        // What concerns the whole shot may be stated by the first part alone.
+        open.header.metadata.merge(metadataOf(open.input->spec(0)));
+    }
+    return open;
+}
+
+// Interleaved samples, as many channels as are read.
+struct Samples {
+    int channels = 0;
+    ChannelLayout layout;  ///< indices among them
+};
+
+bool isNumber(const OpenPicture& open, int channel) {
+    return open.spec.channelformat(channel) == OIIO::TypeUInt32 &&
+           std::strcmp(open.input->format_name(), "openexr") == 0;
+}
+
+// Reads one channel into every `channels`th sample from `to` on. Whole numbers of OpenEXR, such as those that
+// tell objects apart, keep their values, which the library would make shares of the largest one.
+bool readChannel(const OpenPicture& open, int channel, int channels, float* to) {
+    const bool number = isNumber(open, channel);
+    const auto stride = static_cast<OIIO::stride_t>(sizeof(float)) * channels;
+    if (!open.input->read_image(open.part, 0, channel, channel + 1,
+                                number ? OIIO::TypeUInt32 : OIIO::TypeFloat, to, stride)) {
+        return false;
+    }
+    for (OIIO::imagesize_t i = 0; number && i < open.spec.image_pixels(); ++i) {
+        float& sample = to[i * static_cast<OIIO::imagesize_t>(channels)];
+        std::uint32_t value = 0;
+        std::memcpy(&value, &sample, sizeof value);
+        sample = static_cast<float>(value);
+    }
+    return true;
+}
+
+// One by one: for channels that lie far apart, or that the library would convert in another way.
+bool readOneByOne(const OpenPicture& open, std::vector<float>& scratch, Samples& samples) {
+    std::vector<int> wanted;
+    const auto place = [&](int channel) {
+        const auto found = std::find(wanted.begin(), wanted.end(), channel);
+        if (channel >= 0 && found == wanted.end()) {
+            wanted.push_back(channel);
+            return static_cast<int>(wanted.size()) - 1;
+        }
+        return channel < 0 ? -1 : static_cast<int>(found - wanted.begin());
+    };
+    const ChannelLayout& layout = open.layout;
+    // In this order: braces evaluate from left to right.
+    samples.layout = {place(layout.red), place(layout.green), place(layout.blue), place(layout.alpha)};
+    samples.channels = static_cast<int>(wanted.size());
+    scratch.resize(open.spec.image_pixels() * wanted.size());
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (!readChannel(open, wanted[i], samples.channels, scratch.data() + i)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool readSamples(const OpenPicture& open, std::vector<float>& scratch, Samples& samples) {
+    constexpr int nearby = 8;  // channels that are read although few of them are wanted
+    const ChannelLayout& layout = open.layout;
+    const int begin = layout.begin();
+    bool oneByOne = layout.end() - begin > nearby;
+    for (const int channel : {layout.red, layout.green, layout.blue, layout.alpha}) {
+        oneByOne = oneByOne || (channel >= 0 && isNumber(open, channel));
+    }
+    if (oneByOne) {
+        return readOneByOne(open, scratch, samples);
+    }
+    samples.channels = layout.end() - begin;
+    samples.layout = {layout.red - begin, layout.green - begin, layout.blue - begin,
+                      layout.alpha < 0 ? -1 : layout.alpha - begin};
+    scratch.resize(open.spec.image_pixels() * static_cast<std::size_t>(samples.channels));
+    return open.input->read_image(open.part, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
 }
 
 }  // namespace
 
-LibraryReader::LibraryReader() {
+LibraryReader::LibraryReader(PictureChoice wanted) : choice(std::move(wanted)) {
     static std::once_flag once;
     std::call_once(once, [] {
         OIIO::attribute("threads", 1);
@@ -139,59 +260,37 @@ LibraryReader::LibraryReader() {
 }
 
 PictureHeader LibraryReader::readHeader(const std::string& path) {
-    const std::unique_ptr<OIIO::ImageInput> input = openFile(path);
-    checkPixels(path, input->spec());
-    return headerOf(input->spec());
+    return openPicture(path, choice).header;
 }
 
 PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Picture& picture) {
-    const std::unique_ptr<OIIO::ImageInput> input = openFile(path);
-    const OIIO::ImageSpec spec = input->spec();
-    checkPixels(path, spec);
-    const PictureHeader header = headerOf(spec);
-    const ChannelLayout layout = findChannels(spec.channelnames);
-    const LUT& stated = *(curve ? curve : LUT::find(header.curve));
-    prepareFor(header, picture);
-
-    if (orientationOf(spec) == upright && std::strcmp(input->format_name(), "openexr") == 0) {
-        const ExrFile file(path);
-        if (file.isOpen() && scanlines.read(file, channelNames(spec, layout), header.display, picture)) {
-            linearise(header, stated, picture);
-            return header;
-        }
-    }
-    readThroughLibrary(path, *input, layout, stated, header, picture);
-    return header;
-}
-
-void LibraryReader::readThroughLibrary(const std::string& path, OIIO::ImageInput& input,
-                                       const ChannelLayout& layout, const LUT& curve,
-                                       const PictureHeader& header, Picture& picture) {
-    const OIIO::ImageSpec& spec = input.spec();
-    const int begin = layout.begin();
-    const int channels = layout.end() - begin;
-    scratch.resize(spec.image_pixels() * static_cast<std::size_t>(channels));
-    const bool done = input.read_image(0, 0, begin, layout.end(), OIIO::TypeFloat, scratch.data());
+    const OpenPicture open = openPicture(path, choice);
+    const OIIO::ImageSpec& spec = open.spec;
+    Samples samples;
+    const bool done = readSamples(open, scratch, samples);
     // Some formats say that all is well and still leave an error behind, for a file that is cut short.
-    if (!done || input.has_error()) {
-        refuse(path, input.geterror());
+    if (!done || open.input->has_error()) {
+        refuse(path, open.input->geterror());
     }
     if (!dpxIsComplete(path)) {
         refuse(path, "the file is cut short");
     }
     if (orientationOf(spec) != upright) {
-        turnUpright(path, spec, channels, scratch);
+        turnUpright(path, spec, samples.channels, scratch);
     }
 
+    const bool ownAlpha = open.layout.alpha >= 0 && open.layout.alpha == spec.alpha_channel;
     const InterleavedPixels pixels{
         .samples = scratch.data(),
-        .window = header.data,
-        .channels = channels,
-        .layout = {layout.red - begin, layout.green - begin, layout.blue - begin, layout.alpha - begin},
-        .straightAlpha = header.hasAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
-        .curve = curve,
+        .window = open.header.data,
+        .channels = samples.channels,
+        .layout = samples.layout,
+        .straightAlpha = ownAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
+        .curve = *(curve ? curve : LUT::find(open.header.curve)),
     };
-    placePixels(pixels, header.display, picture);
+    prepareFor(open.header, picture);
+    placePixels(pixels, open.header.display, picture);
+    return open.header;
 }
 
 }  // namespace Corvel

@@ -4,6 +4,7 @@
 #include <libdeflate.h>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <optional>
 
@@ -22,7 +23,9 @@ namespace {
 struct Channel {
     int plane;
     std::size_t offset;  // bytes from the start of a row of the file
-    bool half;
+    exr_pixel_type_t type;
+
+    bool isHalf() const { return type == EXR_PIXEL_HALF; }
 };
 
 // Where everything is in a row of the file and in the picture.
@@ -43,7 +46,7 @@ struct Block {
     bool split;  // bytes at even places first, then those at odd places
 };
 
-// False where a wanted channel is missing or is of a kind that is left to the general reader.
+// False where a wanted channel is missing or one is subsampled, which is left to the general reader.
 bool planChannels(const exr_attr_chlist_t& list, const ExrScanlines::ChannelNames& names, int planes,
                   Plan& plan) {
     const std::size_t width = static_cast<std::size_t>(plan.data.width);
@@ -53,30 +56,26 @@ bool planChannels(const exr_attr_chlist_t& list, const ExrScanlines::ChannelName
             return false;
         }
         for (int plane = 0; plane < planes; ++plane) {
-            if (names[static_cast<std::size_t>(plane)] != entry.name.str) {
-                continue;
+            if (names[static_cast<std::size_t>(plane)] == entry.name.str) {
+                plan.channels.push_back({plane, plan.rowBytes, entry.pixel_type});
             }
-            if (entry.pixel_type == EXR_PIXEL_UINT) {
-                return false;
-            }
-            plan.channels.push_back({plane, plan.rowBytes, entry.pixel_type == EXR_PIXEL_HALF});
         }
         plan.rowBytes += width * (entry.pixel_type == EXR_PIXEL_HALF ? 2 : 4);
     }
     return plan.channels.size() == static_cast<std::size_t>(planes);
 }
 
-std::optional<Plan> planOf(exr_const_context_t file, const ExrScanlines::ChannelNames& names,
+std::optional<Plan> planOf(exr_const_context_t file, int part, const ExrScanlines::ChannelNames& names,
                            const Window& display, int planes) {
     exr_storage_t storage;
     exr_attr_box2i_t box;
     const exr_attr_chlist_t* list = nullptr;
     Plan plan;
-    if (exr_get_storage(file, 0, &storage) != EXR_ERR_SUCCESS || storage != EXR_STORAGE_SCANLINE ||
-        exr_get_compression(file, 0, &plan.compression) != EXR_ERR_SUCCESS ||
-        exr_get_data_window(file, 0, &box) != EXR_ERR_SUCCESS ||
-        exr_get_channels(file, 0, &list) != EXR_ERR_SUCCESS ||
-        exr_get_scanlines_per_chunk(file, 0, &plan.blockRows) != EXR_ERR_SUCCESS || plan.blockRows < 1) {
+    if (exr_get_storage(file, part, &storage) != EXR_ERR_SUCCESS || storage != EXR_STORAGE_SCANLINE ||
+        exr_get_compression(file, part, &plan.compression) != EXR_ERR_SUCCESS ||
+        exr_get_data_window(file, part, &box) != EXR_ERR_SUCCESS ||
+        exr_get_channels(file, part, &list) != EXR_ERR_SUCCESS ||
+        exr_get_scanlines_per_chunk(file, part, &plan.blockRows) != EXR_ERR_SUCCESS || plan.blockRows < 1) {
         return std::nullopt;
     }
     if (plan.compression != EXR_COMPRESSION_NONE && plan.compression != EXR_COMPRESSION_ZIP &&
@@ -96,8 +95,16 @@ std::optional<Plan> planOf(exr_const_context_t file, const ExrScanlines::Channel
     return plan;
 }
 
+// Whole numbers, such as those that tell objects apart, keep their values.
+float numberOfBits(float bits) {
+    std::uint32_t number = 0;
+    std::memcpy(&number, &bits, sizeof number);
+    return static_cast<float>(number);
+}
+
 // One channel of one row. In a split block the two halves of each pair of bytes stand half a block apart.
-void placeChannel(const Block& block, std::size_t at, bool half, float* to, std::size_t count) {
+void placeChannel(const Block& block, std::size_t at, exr_pixel_type_t type, float* to, std::size_t count) {
+    const bool half = type == EXR_PIXEL_HALF;
     const std::uint8_t* even = block.bytes + at / 2;
     const std::uint8_t* odd = even + (block.size + 1) / 2;
     if (block.split && half) {
@@ -108,6 +115,9 @@ void placeChannel(const Block& block, std::size_t at, bool half, float* to, std:
         widenHalves(block.bytes + at, to, count);
     } else {
         std::copy_n(block.bytes + at, count * sizeof(float), reinterpret_cast<std::uint8_t*>(to));
+    }
+    if (type == EXR_PIXEL_UINT) {
+        std::transform(to, to + count, to, numberOfBits);
     }
 }
 
@@ -120,7 +130,7 @@ void placeBlock(const Plan& plan, const Block& block, int firstRow, int rows, Pi
         const std::size_t row = static_cast<std::size_t>(y - firstRow) * plan.rowBytes;
         for (const Channel& channel : plan.channels) {
             float* to = picture.row(channel.plane, y - plan.display.y) + (shown.x - plan.display.x);
-            placeChannel(block, row + channel.offset + skipped * (channel.half ? 2 : 4), channel.half, to,
+            placeChannel(block, row + channel.offset + skipped * (channel.isHalf() ? 2 : 4), channel.type, to,
                          columns);
         }
     }
@@ -136,9 +146,9 @@ ExrScanlines::ExrScanlines() : decompressor(libdeflate_alloc_decompressor(), lib
 
 ExrScanlines::~ExrScanlines() = default;
 
-bool ExrScanlines::read(const ExrFile& file, const ChannelNames& names, const Window& display,
+bool ExrScanlines::read(const ExrFile& file, int part, const ChannelNames& names, const Window& display,
                         Picture& picture) {
-    const std::optional<Plan> plan = planOf(file.context(), names, display, picture.channels());
+    const std::optional<Plan> plan = planOf(file.context(), part, names, display, picture.channels());
     if (!plan) {
         return false;
     }
@@ -148,7 +158,7 @@ bool ExrScanlines::read(const ExrFile& file, const ChannelNames& names, const Wi
     const int skipped = (plan->shown.y - plan->data.y) / plan->blockRows * plan->blockRows;
     for (int row = plan->data.y + skipped; row < plan->shown.y + plan->shown.height; row += plan->blockRows) {
         exr_chunk_info_t chunk;
-        if (exr_read_scanline_chunk_info(file.context(), 0, row, &chunk) != EXR_ERR_SUCCESS) {
+        if (exr_read_scanline_chunk_info(file.context(), part, row, &chunk) != EXR_ERR_SUCCESS) {
             refuse(path, row, "are missing; the file is cut short or damaged");
         }
         const std::size_t size = static_cast<std::size_t>(chunk.height) * plan->rowBytes;
@@ -156,7 +166,7 @@ bool ExrScanlines::read(const ExrFile& file, const ChannelNames& names, const Wi
             refuse(path, row, "have a wrong length; the file is damaged");
         }
         packed.resize(chunk.packed_size);
-        if (exr_read_chunk(file.context(), 0, &chunk, packed.data()) != EXR_ERR_SUCCESS) {
+        if (exr_read_chunk(file.context(), part, &chunk, packed.data()) != EXR_ERR_SUCCESS) {
             refuse(path, row, "are missing; the file is cut short or damaged");
         }
 

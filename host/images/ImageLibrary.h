@@ -15,7 +15,7 @@ class ImageLibrary {
 public:
     virtual ~ImageLibrary() = default;
 
-    virtual std::unique_ptr<ImageReader> createReader() const = 0;
+    virtual std::unique_ptr<ImageReader> createReader(const PictureChoice& choice) const = 0;
     /// As the functions of the same names in ImageReader.h and ImageWriter.h.
     virtual std::string readableFormats() const = 0;
     virtual void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,

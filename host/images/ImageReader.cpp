@@ -1,6 +1,9 @@
 #include "host/images/ImageReader.h"
 
+#include <fmt/format.h>
+
 #include "Kex/Image/LUT.h"
+#include "host/images/ExrContents.h"
 #include "host/images/ExrFile.h"
 #include "host/images/ExrScanlines.h"
 #include "host/images/ExrStatement.h"
@@ -15,26 +18,36 @@ using Kex::Image::LUT;
 // Reads ordinary OpenEXR files by itself, and leaves all others to the image library.
 class FileReader : public ImageReader {
 public:
+    explicit FileReader(PictureChoice wanted) : choice(std::move(wanted)) {}
+
     PictureHeader readHeader(const std::string& path) override {
         const ExrFile file(path);
-        const std::optional<ExrStatement> statement = file.isOpen() ? stateOf(file) : std::nullopt;
+        const std::optional<ExrStatement> statement = statementOf(file);
         return statement ? statement->header : general().readHeader(path);
     }
 
     PictureHeader read(const std::string& path, const LUT* curve, Picture& picture) override {
         const ExrFile file(path);
-        const std::optional<ExrStatement> statement = file.isOpen() ? stateOf(file) : std::nullopt;
+        const std::optional<ExrStatement> statement = statementOf(file);
         return statement && readOrdinary(file, *statement, curve, picture)
                    ? statement->header
                    : general().read(path, curve, picture);
     }
 
 private:
+    std::optional<ExrStatement> statementOf(const ExrFile& file) const {
+        if (!file.isOpen()) {
+            return std::nullopt;
+        }
+        const FileContents contents = contentsOf(file);
+        return stateOf(file, contents, chooseFrom(file.path(), contents, choice));
+    }
+
     bool readOrdinary(const ExrFile& file, const ExrStatement& statement, const LUT* curve,
                       Picture& picture) {
         const PictureHeader& header = statement.header;
         prepareFor(header, picture);
-        if (!scanlines.read(file, statement.channels, header.display, picture)) {
+        if (!scanlines.read(file, statement.part, statement.channels, header.display, picture)) {
             return false;
         }
         linearise(header, *(curve ? curve : LUT::find(header.curve)), picture);
@@ -43,19 +56,28 @@ private:
 
     ImageReader& general() {
         if (!library) {
-            library = imageLibrary().createReader();
+            library = imageLibrary().createReader(choice);
         }
         return *library;
     }
 
+    const PictureChoice choice;
     ExrScanlines scanlines;
     std::unique_ptr<ImageReader> library;
 };
 
 }  // namespace
 
-std::unique_ptr<ImageReader> createImageReader() {
-    return std::make_unique<FileReader>();
+ChosenPicture chooseFrom(const std::string& path, const FileContents& contents, const PictureChoice& choice) {
+    try {
+        return choosePicture(contents, choice);
+    } catch (const BadPictureChoice& reason) {
+        throw UnreadableImage(fmt::format("cannot read {}: {}", path, reason.what()));
+    }
+}
+
+std::unique_ptr<ImageReader> createImageReader(const PictureChoice& choice) {
+    return std::make_unique<FileReader>(choice);
 }
 
 std::string readableFormats() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/images/Picture.h"
+#include "host/images/PictureChoice.h"
 #include "host/images/PictureHeader.h"
 
 namespace Kex::Image {
@@ -23,7 +24,8 @@ public:
 /// of the display window, transparent black where the file has no pixels, cropped where it has more.
 ///
 /// A reader keeps scratch memory between files and is used by one thread; each reading thread has its own. It
-/// starts no threads itself. Only the first part of a file with several is read, at full resolution.
+/// starts no threads itself. Of a file with several pictures it reads the one that was chosen, at full
+/// resolution.
 class ImageReader {
 public:
     virtual ~ImageReader() = default;
@@ -40,7 +42,11 @@ public:
 };
 
 /// The reader for any file that the image library knows, with the fast path for OpenEXR files in front of it.
-std::unique_ptr<ImageReader> createImageReader();
+/// A choice that a file does not have makes it unreadable; the reason says what it has.
+std::unique_ptr<ImageReader> createImageReader(const PictureChoice& choice = {});
+
+/// As choosePicture, for the file at `path`, which UnreadableImage names.
+ChosenPicture chooseFrom(const std::string& path, const FileContents& contents, const PictureChoice& choice);
 
 /// The names of the formats that it reads, separated by ", ", for people.
 std::string readableFormats();

@@ -4,15 +4,17 @@
 
 #include <filesystem>
 
+#include "host/images/NameMatch.h"
 #include "host/images/SequencePattern.h"
+#include "host/images/StereoName.h"
 
 namespace Corvel {
 namespace {
 
 class ImageFrameReader : public FrameReader {
 public:
-    ImageFrameReader(const ImageSequence& frames, const Kex::Image::LUT* meaning)
-        : sequence(frames), curve(meaning), images(createImageReader()) {}
+    ImageFrameReader(const ImageSequence& frames, const Kex::Image::LUT* meaning, const PictureChoice& choice)
+        : sequence(frames), curve(meaning), images(createImageReader(choice)) {}
 
     PictureHeader read(int number, Picture& picture) override {
         return images->read(sequence.nameOf(number), curve, picture);
@@ -40,10 +42,39 @@ std::map<int, std::string> filesOf(const std::string& input) {
     return files;
 }
 
+// The input's name with its view in it. From then on the files themselves need not know of views.
+std::string findView(const std::string& given, PictureChoice& choice) {
+    std::string resolved = pathOfView(given, choice);
+    if (resolved == given) {
+        return given;
+    }
+    choice.view = choice.view.empty() ? usualView : choice.view;
+    choice.viewIsInName = true;
+    if (choice.view.find_first_of("/%#@") != std::string::npos) {
+        throw NoSuchInput(fmt::format("{} is no name of a view", quoted(choice.view)));
+    }
+    return resolved;
+}
+
+// Where one view has no files, whether the other one has.
+std::string otherViewText(const std::string& given, const PictureChoice& choice) {
+    if (!choice.viewIsInName) {
+        return "";
+    }
+    const std::string other = choice.view == "right" ? "left" : "right";
+    const std::string path = withView(given, other);
+    const std::optional<SequencePattern> pattern = SequencePattern::parse(path);
+    std::error_code error;
+    const bool there = pattern ? !pattern->findFiles().empty() : std::filesystem::exists(path, error);
+    return there ? fmt::format(", but there is {}; --stereo-view {} reads that", path, other) : "";
+}
+
 }  // namespace
 
-ImageSequence::ImageSequence(const std::string& input, const Kex::Image::LUT* meaning) : curve(meaning) {
+ImageSequence::ImageSequence(const std::string& given, const Kex::Image::LUT* meaning, PictureChoice wanted)
+    : curve(meaning), choice(std::move(wanted)) {
     std::error_code error;
+    const std::string input = findView(given, choice);
     if (std::filesystem::is_directory(input, error)) {
         throw NoSuchInput(
             fmt::format("{} is a folder; name its files, such as {}/shot.####.exr", input, input));
@@ -53,7 +84,11 @@ ImageSequence::ImageSequence(const std::string& input, const Kex::Image::LUT* me
         numbers = {1};
         return;
     }
-    files = filesOf(input);
+    try {
+        files = filesOf(input);
+    } catch (const NoSuchInput& reason) {
+        throw NoSuchInput(reason.what() + otherViewText(given, choice));
+    }
     for (const auto& [number, path] : files) {
         numbers.push_back(number);
     }
@@ -68,11 +103,11 @@ std::string ImageSequence::nameOf(int number) const {
 }
 
 PictureHeader ImageSequence::header(int number) const {
-    return createImageReader()->readHeader(nameOf(number));
+    return createImageReader(choice)->readHeader(nameOf(number));
 }
 
 std::unique_ptr<FrameReader> ImageSequence::createReader() const {
-    return std::make_unique<ImageFrameReader>(*this, curve);
+    return std::make_unique<ImageFrameReader>(*this, curve, choice);
 }
 
 }  // namespace Corvel

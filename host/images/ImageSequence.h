@@ -14,8 +14,9 @@ namespace Corvel {
 class ImageSequence : public FrameSource {
 public:
     /// Looks what is there; opens no file. `meaning` is what the stored values mean, null for each file's own
-    /// statement; it must outlive the source. Throws NoSuchInput.
-    ImageSequence(const std::string& input, const Kex::Image::LUT* meaning);
+    /// statement; it must outlive the source. `choice` is the picture in each file; its view, or left, is the
+    /// one whose files are read where the input has a mark for it (see StereoName.h). Throws NoSuchInput.
+    ImageSequence(const std::string& input, const Kex::Image::LUT* meaning, PictureChoice choice = {});
 
     const std::vector<int>& frames() const override { return numbers; }
     bool has(int number) const override;
@@ -25,6 +26,7 @@ public:
 
 private:
     const Kex::Image::LUT* curve;
+    PictureChoice choice;
     std::optional<std::string> still;
     std::map<int, std::string> files;
     std::vector<int> numbers;

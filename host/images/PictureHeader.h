@@ -31,6 +31,7 @@ struct PictureHeader {
     /// primaries and transfer characteristics. Of movies; empty where nothing says it.
     std::string primaries;
     std::string transfer;
+    std::string picked;  ///< which of the file's channels these are, for people
     Metadata metadata;
     Metadata attributes;  ///< texts and numbers of the file's header, by their own names there
 };

@@ -11,6 +11,7 @@
 
 #include "Kex/Image/LUT.h"
 #include "host/images/PlacePixels.h"
+#include "host/images/StereoName.h"
 #include "host/movies/RunningTimecode.h"
 #include "host/render/Failure.h"
 
@@ -98,6 +99,17 @@ bool isMovieName(const std::string& path) {
     constexpr std::array movieEndings{".mov", ".qt",   ".mp4", ".m4v",  ".mxf", ".mkv",  ".avi",
                                       ".mpg", ".mpeg", ".mts", ".m2ts", ".ts",  ".webm", ".dv"};
     return std::find(movieEndings.begin(), movieEndings.end(), ending) != movieEndings.end();
+}
+
+std::string moviePath(const std::string& input, const PictureChoice& choice) {
+    const bool hasMark = hasViewMark(input);
+    const bool onlyView = choice == PictureChoice{.view = choice.view};
+    if (!onlyView || (!choice.view.empty() && !hasMark)) {
+        throw Failure(Exit::Usage,
+                      fmt::format("{} is a movie, which has no parts, layers, views or channels to choose from",
+                                  input));
+    }
+    return pathOfView(input, choice);
 }
 
 MovieSource::MovieSource(const std::string& path, const LUT* meaning, HelperKeeper& keeper)

@@ -13,6 +13,10 @@ namespace Corvel {
 /// people name movies.
 bool isMovieName(const std::string& path);
 
+/// The path of the movie that is meant by `input`, with the chosen view for its mark (see StereoName.h).
+/// Throws Failure for any other choice: movies have neither parts nor layers.
+std::string moviePath(const std::string& input, const PictureChoice& choice);
+
 /// The frames of a movie, counted from 1. They come out of one helper, which decodes ahead by itself, so that
 /// there is one reader at a time.
 class MovieSource : public FrameSource {

@@ -37,7 +37,7 @@ void NodeProcess::leave() {
     process = nullptr;
 }
 
-void NodeProcess::start(const QString& input, const QJsonObject& knobs) {
+void NodeProcess::start(const QString& input, const QStringList& options, const QJsonObject& knobs) {
     leave();
     answers = {};
     messages = {};
@@ -67,7 +67,7 @@ void NodeProcess::start(const QString& input, const QJsonObject& knobs) {
         process = nullptr;
         listener.died();
     });
-    startCorvel(*process, input.isEmpty() ? QStringList{"node"} : QStringList{"node", input});
+    startCorvel(*process, input.isEmpty() ? QStringList{"node"} : QStringList{"node", input} + options);
 }
 
 void NodeProcess::request(const QJsonObject& request) {

@@ -87,6 +87,19 @@ QString pictureText(const QJsonObject& object) {
         .arg(object["bits"].toInt());
 }
 
+// Those of the options that say what to read of the input, which the node must know as well.
+QStringList readOptions(const QStringList& options) {
+    QStringList kept;
+    for (const QString& option : options) {
+        for (const char* name : {"--part=", "--layer=", "--stereo-view=", "--channels="}) {
+            if (option.startsWith(name)) {
+                kept << option;
+            }
+        }
+    }
+    return kept;
+}
+
 }  // namespace
 
 PanelWindow::PanelWindow(const QString& wanted, QStringList pictures)
@@ -144,7 +157,7 @@ void PanelWindow::openInput() {
     showBusiness("opening");
     showInput({});
     picture->say(inputLine->text().isEmpty() ? "" : "…");
-    node.start(inputLine->text(), knobs);
+    node.start(inputLine->text(), readOptions(pictureOptions), knobs);
 }
 
 // A node that has died is replaced by one with the same knobs when a person wants something of it.
@@ -181,7 +194,7 @@ void PanelWindow::showInput(const QJsonObject& newInput) {
     facts->setText(input.isEmpty()
                        ? ""
                        : pictureText(input) + (input.value("alpha").toBool() ? " with alpha" : "") + "\n" +
-                             listed(input, {"rate", "timecode", "reel"}) +
+                             listed(input, {"channels", "rate", "timecode", "reel"}) +
                              (pictureOptions.isEmpty() ? "" : "\n" + pictureOptions.join(" ")));
     picture->show({}, 1);
     if (!input.isEmpty()) {

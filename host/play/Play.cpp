@@ -51,9 +51,9 @@ FrameFit fitFor(const PlayRequest& request, const VideoOutputMode& mode) {
 std::unique_ptr<FrameSource> openInput(const PlayRequest& request, HelperSession& session) {
     const Kex::Image::LUT* curve = curveOr(request.inputLut, nullptr);
     if (isMovieName(request.input)) {
-        return std::make_unique<MovieSource>(request.input, curve, session);
+        return std::make_unique<MovieSource>(moviePath(request.input, request.choice), curve, session);
     }
-    return std::make_unique<ImageSequence>(request.input, curve);
+    return std::make_unique<ImageSequence>(request.input, curve, request.choice);
 }
 
 /// Playing, once input, device and mode are settled.

@@ -13,6 +13,7 @@ namespace Corvel {
 /// What a person asks of playing.
 struct PlayRequest {
     std::string input;
+    PictureChoice choice;     ///< of the pictures that the input's files have
     std::vector<int> frames;  ///< ascending; empty for all
     Missing missing = Missing::Error;
     std::string device;

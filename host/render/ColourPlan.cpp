@@ -5,6 +5,7 @@
 
 #include <cstdlib>
 
+#include "host/images/StereoName.h"
 #include "host/render/Bundle.h"
 #include "host/render/Failure.h"
 
@@ -60,7 +61,7 @@ std::shared_ptr<const ColourConversion> planColour(const RenderRequest& request,
     }
     checkOptions(request);
     auto conversion = colourLibrary().openConversion(colourConfigPath(request.colour), request.colour,
-                                                     {request.input, header});
+                                                     {pathOfView(request.input, request.choice), header});
     tell(*conversion);
     return conversion;
 }

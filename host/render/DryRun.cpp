@@ -6,6 +6,7 @@
 
 #include "Kex/Image/LUT.h"
 #include "host/images/FrameRange.h"
+#include "host/images/StereoName.h"
 
 namespace Corvel {
 namespace {
@@ -39,7 +40,8 @@ std::string valueOf(const Kex::Image::Knob& knob) {
 
 std::string dryRunText(const RenderRequest& request, const RenderPlan& plan, const Kex::Image::Write& node) {
     std::string text =
-        lineOf("input", request.input) + lineOf("frames", framesText(plan)) +
+        lineOf("input", pathOfView(request.input, request.choice)) +
+        (plan.picked.empty() ? "" : lineOf("channels", plan.picked)) + lineOf("frames", framesText(plan)) +
         lineOf("output", request.output) +
         lineOf("picture",
                fmt::format("{} x {} pixels, pixel aspect {}, {}", plan.format.width(), plan.format.height(),

@@ -14,16 +14,12 @@
 
 #include "Kex/Image/Knob.h"
 #include "Kex/Image/Write.h"
+#include "host/images/NameMatch.h"
 
 namespace Corvel {
 namespace {
 
 using Kex::Image::Knob;
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
-}
 
 std::string withoutBlanksAtEnd(const std::string& text) {
     const std::size_t end = text.find_last_not_of(' ');
@@ -79,27 +75,13 @@ std::vector<int> indicesWhere(const std::vector<std::string>& entries, Matches m
     return found;
 }
 
-// How many single-character changes make one text the other (Levenshtein's distance).
-int distance(const std::string& one, const std::string& other) {
-    std::vector<int> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), 0);
-    for (std::size_t i = 1; i <= one.size(); ++i) {
-        int diagonal = std::exchange(row[0], static_cast<int>(i));
-        for (std::size_t j = 1; j <= other.size(); ++j) {
-            const int changed = diagonal + (one[i - 1] == other[j - 1] ? 0 : 1);
-            diagonal = std::exchange(row[j], std::min({row[j] + 1, row[j - 1] + 1, changed}));
-        }
-    }
-    return row.back();
-}
-
 int distanceToEntry(const std::string& entry, const std::string& wanted) {
     int nearest = std::numeric_limits<int>::max();
     for (const std::string& name : namesOf(entry)) {
         // A person who writes less than the whole name still means it.
         const bool part = wanted.size() > 2 && name.find(wanted) != std::string::npos;
-        const int cut = distance(name.substr(0, wanted.size()), wanted) + 1;
-        nearest = std::min({nearest, distance(name, wanted), cut, part ? 0 : nearest});
+        const int cut = editDistance(name.substr(0, wanted.size()), wanted) + 1;
+        nearest = std::min({nearest, editDistance(name, wanted), cut, part ? 0 : nearest});
     }
     return nearest;
 }

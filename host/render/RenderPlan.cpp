@@ -122,6 +122,7 @@ RenderPlan planRender(const RenderRequest& request, const OpenInput& openInput) 
     plan.picture = {0, 0, header.display.width, header.display.height};
     plan.format = formatFor(request, header);
     plan.depth = request.channels.value_or(header.hasAlpha ? 4 : 3);
+    plan.picked = header.picked;
     plan.metadata = header.metadata;
     plan.timecodeLead = static_cast<int>(first);
     addRequested(request, plan);

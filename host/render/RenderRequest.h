@@ -9,6 +9,7 @@
 #include "host/burnin/BurnInRequest.h"
 #include "host/colour/ColourRequest.h"
 #include "host/geometry/GeometryRequest.h"
+#include "host/images/PictureChoice.h"
 #include "host/render/FramePlan.h"
 
 namespace Corvel {
@@ -29,6 +30,7 @@ struct FormatRequest {
 /// What a person asks of a render. Everything that is left out is taken from the input or from the node.
 struct RenderRequest {
     std::string input;
+    PictureChoice choice;  ///< of the pictures that the input's files have
     std::string output;
     std::vector<int> frames;  ///< ascending; empty for all
     Missing missing = Missing::Error;

@@ -32,9 +32,9 @@ RenderSetup setUpRender(const RenderRequest& request, Reporter& reporter) {
     }
     setup.plan = planRender(request, [&](const Kex::Image::LUT* curve) -> std::unique_ptr<FrameSource> {
         if (fromMovie) {
-            return std::make_unique<MovieSource>(request.input, curve, *setup.helpers);
+            return std::make_unique<MovieSource>(moviePath(request.input, request.choice), curve, *setup.helpers);
         }
-        return std::make_unique<ImageSequence>(request.input, curve);
+        return std::make_unique<ImageSequence>(request.input, curve, request.choice);
     });
     setup.plan.carriesTimecode = fromMovie && setup.plan.metadata.count("input/timecode") != 0;
     if (!setup.helpers) {

@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "host/burnin/FieldNames.h"
+#include "host/images/StereoName.h"
 #include "host/movies/MovieSource.h"
 #include "host/movies/RunningTimecode.h"
 #include "timecode/FrameRate.h"
@@ -56,9 +57,9 @@ ShotFields::ShotFields(const RenderRequest& asked, const RenderPlan& planned, co
     addFrames();
     addCodec(node);
     addPlace();
-    constant["name"] = shotNameOf(request.input);
+    constant["name"] = shotNameOf(pathOfView(request.input, request.choice));
     constant["shot"] = constant["name"];
-    constant["input"] = fileNameOf(request.input);
+    constant["input"] = fileNameOf(pathOfView(request.input, request.choice));
     constant["output"] = fileNameOf(request.output);
     constant["reel"] = entryOf(plan.metadata, "quicktime/reel");
     for (const auto& [field, value] : request.burnIns.fields) {
@@ -113,7 +114,7 @@ std::string ShotFields::timecodeAt(std::size_t position) const {
 std::string ShotFields::fileAt(std::size_t position) const {
     const PlannedFrame& frame = plan.frames[position];
     if (isMovieName(request.input)) {
-        return fileNameOf(request.input);
+        return fileNameOf(pathOfView(request.input, request.choice));
     }
     return frame.source ? fileNameOf(plan.source->nameOf(*frame.source)) : "";
 }

@@ -5,46 +5,42 @@
 namespace Corvel {
 namespace {
 
-void expectChannels(const std::vector<std::string>& names, int red, int green, int blue, int alpha) {
-    const ChannelLayout sut = findChannels(names);
-    EXPECT_EQ(sut.red, red);
-    EXPECT_EQ(sut.green, green);
-    EXPECT_EQ(sut.blue, blue);
-    EXPECT_EQ(sut.alpha, alpha);
-}
+using Layout = std::optional<ChannelLayout>;
 
 TEST(ChannelLayout, FindsColoursInAnyOrder) {
-    expectChannels({"R", "G", "B"}, 0, 1, 2, -1);
-    expectChannels({"A", "B", "G", "R"}, 3, 2, 1, 0);
-    expectChannels({"Z", "blue", "Green", "RED", "alpha"}, 3, 2, 1, 4);
+    EXPECT_EQ(findColours({"R", "G", "B"}), (Layout{{0, 1, 2, -1}}));
+    EXPECT_EQ(findColours({"A", "B", "G", "R"}), (Layout{{3, 2, 1, 0}}));
+    EXPECT_EQ(findColours({"Z", "blue", "Green", "RED", "alpha"}), (Layout{{3, 2, 1, 4}}));
 }
 
-TEST(ChannelLayout, PrefersColoursOutsideOfLayers) {
-    expectChannels({"diffuse.R", "diffuse.G", "diffuse.B", "R", "G", "B", "A"}, 3, 4, 5, 6);
+TEST(ChannelLayout, TakesLuminanceAsGrey) {
+    EXPECT_EQ(findColours({"Y"}), (Layout{{0, 0, 0, -1}}));
+    EXPECT_EQ(findColours({"A", "Y"}), (Layout{{1, 1, 1, 0}}));
+    EXPECT_EQ(findColours({"Z", "R"}), (Layout{{1, 1, 1, -1}})) << "a picture that was written with one channel";
 }
 
-TEST(ChannelLayout, TakesTheFirstLayerWithColours) {
-    expectChannels({"depth.Z", "beauty.A", "beauty.B", "beauty.G", "beauty.R", "spec.R"}, 4, 3, 2, 1);
+TEST(ChannelLayout, FindsNoColourWhereThereIsNone) {
+    EXPECT_FALSE(findColours({"Z"}));
+    EXPECT_FALSE(findColours({"A"}));
+    EXPECT_FALSE(findColours({"R", "G"}));
+    EXPECT_FALSE(findColours({"X", "Y", "Z"})) << "a direction, whose Y is no luminance";
+    EXPECT_FALSE(findColours({}));
 }
 
-TEST(ChannelLayout, DoesNotMixLayers) {
-    expectChannels({"a.R", "b.G", "b.B", "c.R", "c.G", "c.B"}, 3, 4, 5, -1);
+TEST(ChannelLayout, FindsDirections) {
+    EXPECT_EQ(findDirections({"Z", "Y", "X"}), (Layout{{2, 1, 0, -1}}));
+    EXPECT_FALSE(findDirections({"Z", "Y"}));
 }
 
-TEST(ChannelLayout, TakesASingleChannelAsGrey) {
-    expectChannels({"Y"}, 0, 0, 0, -1);
-    expectChannels({"Y", "A"}, 0, 0, 0, 1);
-    expectChannels({"A", "Y"}, 1, 1, 1, 0);
-    expectChannels({"depth"}, 0, 0, 0, -1);
-}
-
-TEST(ChannelLayout, TakesTheFirstThreeOfUnknownChannels) {
-    expectChannels({"u", "v", "w", "x"}, 0, 1, 2, -1);
-    expectChannels({"u", "v", "w", "A"}, 0, 1, 2, 3);
+TEST(ChannelLayout, TakesTheFirstOfUnknownChannels) {
+    EXPECT_EQ(firstChannels({"u", "v", "w", "x"}), (ChannelLayout{0, 1, 2, -1}));
+    EXPECT_EQ(firstChannels({"u", "v", "w", "A"}), (ChannelLayout{0, 1, 2, 3}));
+    EXPECT_EQ(firstChannels({"depth"}), (ChannelLayout{0, 0, 0, -1}));
+    EXPECT_EQ(firstChannels({"u", "A"}), (ChannelLayout{0, 0, 0, 1}));
 }
 
 TEST(ChannelLayout, SpansTheChannelsThatMustBeDecoded) {
-    const ChannelLayout sut = findChannels({"Z", "B", "G", "R", "ID"});
+    const ChannelLayout sut = *findColours({"Z", "B", "G", "R", "ID"});
     EXPECT_EQ(sut.begin(), 1);
     EXPECT_EQ(sut.end(), 4);
 }

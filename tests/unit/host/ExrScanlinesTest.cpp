@@ -61,7 +61,7 @@ TEST_P(EveryKind, GivesTheSamplesThatTheLibraryGives) {
     writeImage(path, spec, noisePixels(spec));
     picture.reset(kind.width, kind.height, 4);
 
-    ASSERT_TRUE(sut.read(ExrFile(path), rgba, {0, 0, kind.width, kind.height}, picture));
+    ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, {0, 0, kind.width, kind.height}, picture));
 
     const std::vector<float> expected = readByLibrary(path);
     for (int y = 0; y < kind.height; ++y) {
@@ -90,7 +90,7 @@ TEST_F(ExrScanlinesTest, KeepsInfinitiesNotNumbersAndTheSmallestHalves) {
     writeImage(path, spec, samples);
     picture.reset(24, 2, 4);
 
-    ASSERT_TRUE(sut.read(ExrFile(path), rgba, {0, 0, 24, 2}, picture));
+    ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, {0, 0, 24, 2}, picture));
 
     EXPECT_EQ(picture.row(0, 1)[23], INFINITY);
     EXPECT_EQ(picture.row(1, 1)[23], -INFINITY);
@@ -107,7 +107,7 @@ TEST_F(ExrScanlinesTest, LeavesSamplesOutsideOfTheFilesPixelsAlone) {
     picture.reset(12, 30, 4);
     picture.clear();
 
-    ASSERT_TRUE(sut.read(ExrFile(path), rgba, {4, 38, 12, 30}, picture));
+    ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, {4, 38, 12, 30}, picture));
 
     EXPECT_EQ(picture.row(0, 0)[5], 0);
     EXPECT_EQ(picture.row(0, 0)[6], 0.5f);
@@ -121,7 +121,7 @@ TEST_F(ExrScanlinesTest, LeavesOtherKindsToTheGeneralReader) {
     for (const char* compression : {"piz", "rle", "dwaa", "b44"}) {
         const OIIO::ImageSpec spec = specOf(32, 32, compression);
         writeImage(path, spec, noisePixels(spec));
-        EXPECT_FALSE(sut.read(ExrFile(path), rgba, {0, 0, 32, 32}, picture)) << compression;
+        EXPECT_FALSE(sut.read(ExrFile(path), 0, rgba, {0, 0, 32, 32}, picture)) << compression;
     }
     OIIO::ImageSpec tiled = specOf(32, 32, "zip");
     tiled.tile_width = tiled.tile_height = 16;
@@ -129,7 +129,7 @@ TEST_F(ExrScanlinesTest, LeavesOtherKindsToTheGeneralReader) {
     ASSERT_TRUE(output->open(path, tiled));
     ASSERT_TRUE(output->write_image(OIIO::TypeFloat, noisePixels(tiled).data()));
     ASSERT_TRUE(output->close());
-    EXPECT_FALSE(sut.read(ExrFile(path), rgba, {0, 0, 32, 32}, picture)) << "tiled";
+    EXPECT_FALSE(sut.read(ExrFile(path), 0, rgba, {0, 0, 32, 32}, picture)) << "tiled";
 }
 
 TEST_F(ExrScanlinesTest, LeavesFilesWithoutTheWantedChannelsToTheGeneralReader) {
@@ -138,7 +138,7 @@ TEST_F(ExrScanlinesTest, LeavesFilesWithoutTheWantedChannelsToTheGeneralReader) 
     writeImage(path, spec, noisePixels(spec));
     picture.reset(16, 16, 4);
 
-    EXPECT_FALSE(sut.read(ExrFile(path), {"R", "G", "B", "matte"}, {0, 0, 16, 16}, picture));
+    EXPECT_FALSE(sut.read(ExrFile(path), 0, {"R", "G", "B", "matte"}, {0, 0, 16, 16}, picture));
 }
 
 TEST_F(ExrScanlinesTest, NamesFileAndRowOfADamagedBlock) {
@@ -157,7 +157,7 @@ TEST_F(ExrScanlinesTest, NamesFileAndRowOfADamagedBlock) {
     picture.reset(64, 64, 4);
 
     try {
-        sut.read(ExrFile(path), rgba, {0, 0, 64, 64}, picture);
+        sut.read(ExrFile(path), 0, rgba, {0, 0, 64, 64}, picture);
         FAIL() << "a damaged block was taken for pixels";
     } catch (const UnreadableImage& error) {
         EXPECT_EQ(error.what(),

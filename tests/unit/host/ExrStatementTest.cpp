@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "host/image_library/LibraryReader.h"
+#include "host/images/ExrContents.h"
 #include "host/images/ExrFile.h"
 #include "tests/unit/host/TemporaryFolder.h"
 #include "tests/unit/host/TestImages.h"
@@ -21,9 +22,13 @@ std::string writeFile(const TemporaryFolder& folder, const ImageSpec& spec) {
     return path;
 }
 
-std::optional<ExrStatement> statementOf(const std::string& path) {
+std::optional<ExrStatement> statementOf(const std::string& path, const PictureChoice& choice = {}) {
     const ExrFile file(path);
-    return file.isOpen() ? stateOf(file) : std::nullopt;
+    if (!file.isOpen()) {
+        return std::nullopt;
+    }
+    const FileContents contents = contentsOf(file);
+    return stateOf(file, contents, choosePicture(contents, choice));
 }
 
 ImageSpec plain(OIIO::TypeDesc type, int channels = 4) {
@@ -122,13 +127,15 @@ protected:
     const TemporaryFolder folder;
 };
 
-TEST_F(ExrStatementTest, LeavesOtherChannelsToTheGeneralReader) {
+TEST_F(ExrStatementTest, NamesTheChannelsThatWereChosen) {
+    using Names = ExrScanlines::ChannelNames;
     ImageSpec grey = plain(OIIO::TypeHalf, 1);
     grey.channelnames = {"Y"};
-    EXPECT_FALSE(statementOf(writeFile(folder, grey)));
-    ImageSpec layered = plain(OIIO::TypeHalf, 3);
-    layered.channelnames = {"beauty.R", "beauty.G", "beauty.B"};
-    EXPECT_FALSE(statementOf(writeFile(folder, layered)));
+    EXPECT_EQ(statementOf(writeFile(folder, grey))->channels, (Names{"Y", "Y", "Y", ""}));
+    ImageSpec layered = plain(OIIO::TypeHalf, 6);
+    layered.channelnames = {"R", "G", "B", "beauty.R", "beauty.G", "beauty.B"};
+    EXPECT_EQ(statementOf(writeFile(folder, layered), {.layer = "beauty"})->channels,
+              (Names{"beauty.R", "beauty.G", "beauty.B", ""}));
 }
 
 TEST_F(ExrStatementTest, LeavesTurnedPicturesToTheGeneralReader) {
