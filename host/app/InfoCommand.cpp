@@ -1,37 +1,30 @@
 #include <fmt/format.h>
 
-#include <algorithm>
-#include <cmath>
-#include <nlohmann/json.hpp>
+#include <filesystem>
 
 #include "host/app/Command.h"
+#include "host/app/InfoPrint.h"
+#include "host/app/PictureInfo.h"
 #include "host/app/StartUp.h"
+#include "host/images/ReadContents.h"
+#include "host/images/SequencePattern.h"
+#include "host/images/StereoName.h"
 #include "host/movies/MovieReader.h"
+#include "host/movies/MovieSource.h"
 #include "host/render/HelperSession.h"
 
 namespace Corvel {
 namespace {
 
-using Json = nlohmann::ordered_json;
-using Properties = std::vector<std::pair<std::string, std::string>>;
-
 constexpr const char* footer =
     "Examples:\n"
     "  corvel info shot.mov\n"
-    "  corvel info shot.mov --json | jq -r .timecode";
+    "  corvel info shot.mov --json | jq -r .timecode\n"
+    "  corvel info 'shot.####.exr'\n"
+    "  corvel info shot.1001.exr --json | jq -r '.layers[]'";
 
-// Null for what the movie doesn't say.
-Json textOrNull(const std::string& text) {
-    return text.empty() ? Json(nullptr) : Json(text);
-}
-
-// The number in the fewest digits, not those of its nearest double; null for what is no number.
-Json number(double value) {
-    return std::isfinite(value) ? Json::parse(fmt::format("{}", static_cast<float>(value))) : Json(nullptr);
-}
-
-Json jsonOf(const MovieFacts& facts, const Properties& properties) {
-    Json listed = Json::array();
+InfoJson jsonOf(const MovieFacts& facts, const InfoRows& properties) {
+    InfoJson listed = InfoJson::array();
     for (const auto& [name, value] : properties) {
         listed.push_back({{"name", name}, {"value", value}});
     }
@@ -40,8 +33,8 @@ Json jsonOf(const MovieFacts& facts, const Properties& properties) {
             {"channels", facts.channels},
             {"bits", facts.bits},
             {"frames", facts.frames},
-            {"rate", number(facts.rate)},
-            {"pixel_aspect", number(facts.pixelAspect())},
+            {"rate", numberOrNull(facts.rate)},
+            {"pixel_aspect", numberOrNull(facts.pixelAspect())},
             {"timecode", textOrNull(facts.text("input/timecode"))},
             {"reel", textOrNull(facts.text("quicktime/reel"))},
             {"codec", textOrNull(facts.text("quicktime/codec_name"))},
@@ -49,51 +42,47 @@ Json jsonOf(const MovieFacts& facts, const Properties& properties) {
             {"properties", listed}};
 }
 
-void printRow(const std::string& name, const std::string& value, std::size_t width) {
-    fmt::print("  {:<{}}  {}\n", name, width, value);
-}
-
-template <typename Pairs>
-void printPairs(const char* title, const Pairs& pairs) {
-    std::size_t width = 0;
-    for (const auto& [name, value] : pairs) {
-        width = std::max(width, name.size());
-    }
-    fmt::print("\n{}\n", title);
-    for (const auto& [name, value] : pairs) {
-        printRow(name, value, width);
-    }
-}
-
-void printText(const std::string& path, const MovieFacts& facts, const Properties& properties) {
-    constexpr std::size_t width = 12;
+void printText(const std::string& path, const MovieFacts& facts, const InfoRows& properties) {
     fmt::print("{}\n", path);
-    printRow("picture",
-             fmt::format("{} x {}, {}, {} bits", facts.width, facts.height,
-                         facts.channels == 4 ? "RGB with alpha" : "RGB", facts.bits),
-             width);
+    InfoRows rows{{"picture", fmt::format("{} x {}, {}, {} bits", facts.width, facts.height,
+                                          facts.channels == 4 ? "RGB with alpha" : "RGB", facts.bits)}};
     if (facts.aspectNumerator != facts.aspectDenominator) {
-        printRow("pixel aspect", fmt::format("{}:{}", facts.aspectNumerator, facts.aspectDenominator), width);
+        rows.emplace_back("pixel aspect",
+                          fmt::format("{}:{}", facts.aspectNumerator, facts.aspectDenominator));
     }
-    printRow("frames", fmt::format("{}, {:.6g} a second", facts.frames, facts.rate), width);
+    rows.emplace_back("frames", fmt::format("{}, {:.6g} a second", facts.frames, facts.rate));
     for (const auto& [name, key] : {std::pair{"codec", "quicktime/codec_name"},
                                     {"time code", "input/timecode"},
                                     {"reel", "quicktime/reel"}}) {
         if (const std::string text = facts.text(key); !text.empty()) {
-            printRow(name, text, width);
+            rows.emplace_back(name, text);
         }
     }
-    printPairs("Metadata", facts.metadata);
-    printPairs("Tracks", properties);
+    printRows("", rows);
+    printRows("Metadata", {facts.metadata.begin(), facts.metadata.end()});
+    printRows("Tracks", properties);
+}
+
+// Files of the helper's are those that the image library does not know.
+bool isPictures(const std::string& path) {
+    std::error_code error;
+    if (isMovieName(path)) {
+        return false;
+    }
+    const bool there = std::filesystem::exists(path, error);
+    return (!there && (SequencePattern::parse(path) || hasViewMark(path))) || isPictureName(path);
 }
 
 class InfoCommand : public Command {
 public:
     std::string name() const override { return "info"; }
-    std::string summary() const override { return "Say what is in a movie"; }
+    std::string summary() const override { return "Say what is in a movie or in pictures"; }
 
     void declare(CLI::App& app) override {
-        app.add_option("MOVIE", path, "A movie, or any media file that the helper reads")
+        app.add_option(
+               "FILE", path,
+               "A movie, or any media file that the helper reads; an image file or an image sequence, whose "
+               "parts, layers, views and channels are listed")
             ->required()
             ->type_name("");
         app.add_flag("--json", json, "Print one JSON document");
@@ -101,13 +90,16 @@ public:
     }
 
     Exit run(Session& session) override {
+        if (isPictures(path)) {
+            printPictureInfo(path, json);
+            return Exit::Done;
+        }
         startUp();
         HelperSession helpers(0, *session.reporter);
         MovieReader movie(path, MovieReader::Purpose::Description, helpers);
-        const Properties properties = movie.properties();
+        const InfoRows properties = movie.properties();
         if (json) {
-            fmt::print("{}\n",
-                       jsonOf(movie.facts(), properties).dump(2, ' ', false, Json::error_handler_t::replace));
+            printJson(jsonOf(movie.facts(), properties));
         } else {
             printText(path, movie.facts(), properties);
         }

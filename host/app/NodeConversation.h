@@ -17,8 +17,8 @@ struct NodeInput {
     PictureHeader header;  ///< of the first frame
 };
 
-/// Opens the input, of whose files `choice` says which picture is meant; a movie has a helper of its own, which `helpers` looks after, as long as it is open.
-/// Throws Failure, NoSuchInput and UnreadableImage.
+/// Opens the input, of whose files `choice` says which picture is meant; a movie has a helper of its own,
+/// which `helpers` looks after, as long as it is open. Throws Failure, NoSuchInput and UnreadableImage.
 NodeInput openNodeInput(const std::string& path, const PictureChoice& choice, HelperSession& helpers);
 
 /// One Write node that another program turns the knobs of, request by request; docs/panel.md has the

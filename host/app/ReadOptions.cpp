@@ -37,16 +37,18 @@ void declareReadOptions(CLI::App& app, PictureChoice& choice, std::optional<int>
             ->type_name(type)
             ->group(group);
     };
-    declare("--part", choice.part,
-            "Part of the files, such as an OpenEXR part or a page, by name or number from 0 (default: the first "
-            "of the view); corvel info lists parts, layers, views and channels",
-            "NAME|NUMBER");
+    declare(
+        "--part", choice.part,
+        "Part of the files, such as an OpenEXR part or a page, by name or number from 0 (default: the first "
+        "of the view); corvel info lists parts, layers, views and channels",
+        "NAME|NUMBER");
     declare("--layer", choice.layer,
             "Layer of the files, such as diffuse (default: the colours outside of any layer)", "NAME");
-    declare("--stereo-view", choice.view,
-            "Which stereo view of the files, and what stands for %V (left) and %v (l) in INPUT (default: left in "
-            "names, the first one in files). --view is something else, that of a display",
-            "NAME");
+    declare(
+        "--stereo-view", choice.view,
+        "Which stereo view of the files, and what stands for %V (left) and %v (l) in INPUT (default: left in "
+        "names, the first one in files). --view is something else, that of a display",
+        "NAME");
     app.add_option_function<std::string>(
            "--channels", [&choice, &depth](const std::string& text) { parse(text, choice, depth); },
            "rgb or rgba (default: what the input has); or which channels of the files become which: "

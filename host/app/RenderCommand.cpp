@@ -66,8 +66,9 @@ void RenderCommand::declare(CLI::App& app) {
 }
 
 void RenderCommand::declareFiles(CLI::App& app) {
-    app.add_option("INPUT", request.input,
-                   "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie; %V stands for a stereo view")
+    app.add_option(
+           "INPUT", request.input,
+           "Image sequence (shot.####.exr, shot.%04d.exr), one still, or a movie; %V stands for a stereo view")
         ->required()
         ->type_name("");
     app.add_option("-o,--output", request.output,

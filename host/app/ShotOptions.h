@@ -8,7 +8,8 @@
 namespace Corvel {
 
 /// Declares which pictures of the input's files are read and what is done to them on their way into a movie:
-/// curves, geometry, colours, burn-ins. The options set `request`, which must live until the command line is parsed.
+/// curves, geometry, colours, burn-ins. The options set `request`, which must live until the command line is
+/// parsed.
 void declarePictureOptions(CLI::App& app, RenderRequest& request);
 
 /// Declares everything that says what the frames of a movie are: which frames, the Write node's knobs,

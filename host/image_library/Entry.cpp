@@ -1,5 +1,7 @@
 #include <OpenImageIO/imageio.h>
 
+#include <algorithm>
+
 #include "host/image_library/LibraryReader.h"
 #include "host/image_library/LibraryWriter.h"
 #include "host/images/ImageLibrary.h"
@@ -20,6 +22,18 @@ public:
             names += character == ',' ? " " : "";
         }
         return names;
+    }
+
+    FileContents contents(const std::string& path) const override { return readLibraryContents(path); }
+
+    bool knowsEnding(const std::string& ending) const override {
+        for (const auto& [format, endings] : OIIO::get_extension_map()) {
+            // That one is for movies.
+            if (format != "ffmpeg" && std::find(endings.begin(), endings.end(), ending) != endings.end()) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,

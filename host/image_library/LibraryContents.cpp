@@ -22,9 +22,9 @@ std::string typeOf(const OIIO::ImageSpec& spec, int channel) {
         case OIIO::TypeDesc::DOUBLE:
             return "double";
         default:
-            return fmt::format("{} bits", spec.get_int_attribute(
-                                              "oiio:BitsPerSample",
-                                              static_cast<int>(spec.channelformat(channel).size()) * 8));
+            return fmt::format(
+                "{} bits", spec.get_int_attribute("oiio:BitsPerSample",
+                                                  static_cast<int>(spec.channelformat(channel).size()) * 8));
     }
 }
 
@@ -32,7 +32,8 @@ FilePart partOf(const OIIO::ImageSpec& spec) {
     FilePart part;
     part.name = spec.get_string_attribute("oiio:subimagename");
     part.deep = spec.deep;
-    part.storage = fmt::format("{}{}", spec.deep ? "deep " : "", spec.tile_width > 0 ? "tiles" : "scan lines");
+    part.storage =
+        fmt::format("{}{}", spec.deep ? "deep " : "", spec.tile_width > 0 ? "tiles" : "scan lines");
     part.compression = spec.get_string_attribute("compression");
     part.data = {spec.x, spec.y, spec.width, spec.height};
     part.display = {spec.full_x, spec.full_y, spec.full_width, spec.full_height};

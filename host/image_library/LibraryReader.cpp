@@ -259,6 +259,11 @@ LibraryReader::LibraryReader(PictureChoice wanted) : choice(std::move(wanted)) {
     });
 }
 
+FileContents readLibraryContents(const std::string& path) {
+    const std::unique_ptr<OIIO::ImageInput> input = openFile(path);
+    return libraryContents(path, *input, Parts::All);
+}
+
 PictureHeader LibraryReader::readHeader(const std::string& path) {
     return openPicture(path, choice).header;
 }

@@ -23,4 +23,7 @@ private:
     std::vector<float> scratch;  // the file's data window, channels interleaved
 };
 
+/// What there is in a file of any format. Throws UnreadableImage.
+FileContents readLibraryContents(const std::string& path);
+
 }  // namespace Corvel

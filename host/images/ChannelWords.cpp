@@ -18,8 +18,9 @@ constexpr const char* planes = "rgba";
 constexpr std::size_t colours = 3;
 
 [[noreturn]] void refuse(const std::string& text, const std::string& reason) {
-    throw BadPictureChoice(fmt::format(
-        "{}: {}; examples: rgba, R=beauty.red,A=matte.a, or Z for one channel as grey", quoted(text), reason));
+    throw BadPictureChoice(
+        fmt::format("{}: {}; examples: rgba, R=beauty.red,A=matte.a, or Z for one channel as grey",
+                    inQuotes(text), reason));
 }
 
 std::vector<std::string> wordsOf(const std::string& text) {

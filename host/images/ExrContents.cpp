@@ -26,8 +26,7 @@ const char* storageText(exr_storage_t storage) {
 
 // In the order of the numbers that files have, OpenEXR file layout, attribute "compression".
 const char* compressionText(exr_compression_t compression) {
-    constexpr std::array names{"none",  "rle", "zips", "zip",  "piz",
-                               "pxr24", "b44", "b44a", "dwaa", "dwab"};
+    constexpr std::array names{"none", "rle", "zips", "zip", "piz", "pxr24", "b44", "b44a", "dwaa", "dwab"};
     const auto number = static_cast<std::size_t>(compression);
     return number < names.size() ? names[number] : "unknown";
 }

@@ -16,8 +16,8 @@ class ExrFile;
 
 /// Decodes the pixels of ordinary OpenEXR files in a fraction of the general reader's time: parts
 /// in scanlines, not compressed or with ZIP or ZIPS, without
-/// subsampled channels. What renderers write for compositing is of that kind. Any other file is left to the general
-/// reader.
+/// subsampled channels. What renderers write for compositing is of that kind. Any other file is left to the
+/// general reader.
 ///
 /// Keeps its memory from file to file. One thread at a time; starts none itself.
 class ExrScanlines {
@@ -28,9 +28,9 @@ public:
     /// The names of the file's channels that become red, green, blue and, for a picture with alpha, alpha.
     using ChannelNames = std::array<std::string, 4>;
 
-    /// Decodes that part of `file`, which is open, into `picture`, whose size and channels are those of the wanted result:
-    /// the values as stored, the data window laid where it belongs in `display`, pixels outside of it
-    /// cropped. Samples of the picture that the file does not cover are left alone.
+    /// Decodes that part of `file`, which is open, into `picture`, whose size and channels are those of the
+    /// wanted result: the values as stored, the data window laid where it belongs in `display`, pixels
+    /// outside of it cropped. Samples of the picture that the file does not cover are left alone.
     ///
     /// False where the file is not of the kind described, with the picture untouched. Throws UnreadableImage
     /// for a file that is cut short or damaged; the picture's samples are arbitrary then.

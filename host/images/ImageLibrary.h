@@ -16,6 +16,10 @@ public:
     virtual ~ImageLibrary() = default;
 
     virtual std::unique_ptr<ImageReader> createReader(const PictureChoice& choice) const = 0;
+    /// As readContents (ReadContents.h), of any format.
+    virtual FileContents contents(const std::string& path) const = 0;
+    /// Whether files with that ending, in lower case without its dot, are pictures of a format that it reads.
+    virtual bool knowsEnding(const std::string& ending) const = 0;
     /// As the functions of the same names in ImageReader.h and ImageWriter.h.
     virtual std::string readableFormats() const = 0;
     virtual void writeImage(const std::string& path, const Picture& picture, const PictureHeader& header,

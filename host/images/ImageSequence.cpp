@@ -51,7 +51,7 @@ std::string findView(const std::string& given, PictureChoice& choice) {
     choice.view = choice.view.empty() ? usualView : choice.view;
     choice.viewIsInName = true;
     if (choice.view.find_first_of("/%#@") != std::string::npos) {
-        throw NoSuchInput(fmt::format("{} is no name of a view", quoted(choice.view)));
+        throw NoSuchInput(fmt::format("{} is no name of a view", inQuotes(choice.view)));
     }
     return resolved;
 }

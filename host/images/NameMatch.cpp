@@ -14,11 +14,23 @@ namespace {
 constexpr std::size_t longestShown = 80;  // characters
 constexpr std::size_t mostShown = 40;     // names
 
-std::string withoutControls(const std::string& name) {
-    std::string shown = name.size() > longestShown ? name.substr(0, longestShown) + "…" : name;
-    std::replace_if(
-        shown.begin(), shown.end(), [](unsigned char c) { return std::iscntrl(c) != 0; }, '?');
-    return shown;
+// Bytes of the UTF-8 character that begins there, 0 for what is none.
+std::size_t bytesOfCharacter(const std::string& text, std::size_t at) {
+    const auto byte = [&](std::size_t i) {
+        return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U;
+    };
+    const unsigned first = byte(at);
+    const std::size_t bytes = first < 0x80                    ? 1
+                              : first >= 0xc2 && first < 0xe0 ? 2
+                              : first >= 0xe0 && first < 0xf0 ? 3
+                              : first >= 0xf0 && first < 0xf5 ? 4
+                                                              : 0;
+    for (std::size_t i = 1; i < bytes; ++i) {
+        if (byte(at + i) >> 6 != 2) {
+            return 0;
+        }
+    }
+    return bytes;
 }
 
 }  // namespace
@@ -50,20 +62,34 @@ int findName(const std::vector<std::string>& names, const std::string& wanted) {
     const auto same = [low = lowered(wanted)](const std::string& name) { return lowered(name) == low; };
     const auto first = std::find_if(names.begin(), names.end(), same);
     const bool only = first != names.end() && std::none_of(first + 1, names.end(), [&](const auto& name) {
-        return same(name) && name != *first;
-    });
+                          return same(name) && name != *first;
+                      });
     return only ? static_cast<int>(first - names.begin()) : -1;
 }
 
-std::string quoted(const std::string& name) {
-    return fmt::format("\"{}\"", withoutControls(name));
+std::string printable(const std::string& text, std::size_t longest) {
+    std::string shown;
+    for (std::size_t i = 0; i < text.size();) {
+        if (shown.size() >= longest) {
+            return shown + "…";
+        }
+        const std::size_t bytes = bytesOfCharacter(text, i);
+        const bool control = bytes == 1 && std::iscntrl(static_cast<unsigned char>(text[i])) != 0;
+        shown += bytes == 0 || control ? "?" : text.substr(i, bytes);
+        i += std::max<std::size_t>(bytes, 1);
+    }
+    return shown;
+}
+
+std::string inQuotes(const std::string& name) {
+    return fmt::format("\"{}\"", printable(name, longestShown));
 }
 
 std::string listed(const std::vector<std::string>& names) {
     std::vector<std::string> shown;
     std::size_t more = 0;
     for (const std::string& name : names) {
-        const std::string text = name.empty() ? "\"\"" : withoutControls(name);
+        const std::string text = name.empty() ? "\"\"" : printable(name, longestShown);
         if (std::find(shown.begin(), shown.end(), text) != shown.end()) {
             continue;
         }
@@ -90,7 +116,7 @@ std::string guessFor(const std::vector<std::string>& names, const std::string& w
             guess = &name;
         }
     }
-    return guess ? fmt::format("; did you mean {}?", quoted(*guess)) : "";
+    return guess ? fmt::format("; did you mean {}?", inQuotes(*guess)) : "";
 }
 
 }  // namespace Corvel

@@ -17,9 +17,12 @@ std::string lowered(std::string text);
 /// -1 for none.
 int findName(const std::vector<std::string>& names, const std::string& wanted);
 
-/// A name out of a file for a message of one line: in quotes, without control characters, cut where it is
-/// very long.
-std::string quoted(const std::string& name);
+/// A text out of a file for one line of a message: control characters and what is no UTF-8 as "?", cut at
+/// about `longest` bytes.
+std::string printable(const std::string& text, std::size_t longest);
+
+/// A name out of a file for a message, printable and in quotes.
+std::string inQuotes(const std::string& name);
 
 /// "a, b, c", each name once, of very many only the first ones; "none" where there are none.
 std::string listed(const std::vector<std::string>& names);

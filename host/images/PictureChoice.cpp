@@ -75,7 +75,7 @@ int Chooser::findPart() const {
     if (part < 0 && (std::from_chars(choice.part.data(), end, part).ptr != end || part < 0 ||
                      part >= static_cast<int>(names.size()))) {
         throw BadPictureChoice(fmt::format(
-            "it has no part {} ({}){}", quoted(choice.part),
+            "it has no part {} ({}){}", inQuotes(choice.part),
             names.size() == 1 ? "there is only part 0"
                               : fmt::format("parts: 0 to {}, {}", names.size() - 1, listed(names)),
             guessFor(names, choice.part)));
@@ -99,16 +99,16 @@ void Chooser::useView(int part) {
         throw BadPictureChoice(fmt::format(
             "it does not tell views apart, so it has no view {}; where each view has files of its own, %V in "
             "the name stands for the view",
-            quoted(choice.view)));
+            inQuotes(choice.view)));
     }
     if (found < 0) {
-        throw BadPictureChoice(fmt::format("it has no view {} (views: {}){}", quoted(choice.view),
+        throw BadPictureChoice(fmt::format("it has no view {} (views: {}){}", inQuotes(choice.view),
                                            listed(contents.views), guessFor(contents.views, choice.view)));
     }
     view = contents.views[static_cast<std::size_t>(found)];
     if (!own.empty() && own != view) {
         throw BadPictureChoice(fmt::format("{} belongs to the view {}, not {}", partText(contents, part),
-                                           quoted(own), quoted(view)));
+                                           inQuotes(own), inQuotes(view)));
     }
 }
 
@@ -129,7 +129,7 @@ void Chooser::narrow() {
         }
     }
     if (candidates.empty()) {
-        throw BadPictureChoice(fmt::format("none of its parts belongs to the view {}", quoted(view)));
+        throw BadPictureChoice(fmt::format("none of its parts belongs to the view {}", inQuotes(view)));
     }
 }
 
@@ -185,15 +185,16 @@ std::optional<ChannelLayout> Chooser::takeLayer() {
     const int found = findName(layers, choice.layer);
     if (found < 0) {
         layers.erase(std::remove(layers.begin(), layers.end(), ""), layers.end());
-        throw BadPictureChoice(fmt::format("it has no layer {} (layers: {}){}", quoted(choice.layer),
+        throw BadPictureChoice(fmt::format("it has no layer {} (layers: {}){}", inQuotes(choice.layer),
                                            listed(layers), guessFor(layers, choice.layer)));
     }
     const std::string layer = layers[static_cast<std::size_t>(found)];
     for (const int part : candidates) {
         ChannelEntries members = entries(part);
-        members.erase(std::remove_if(members.begin(), members.end(),
-                                     [&](const ChannelEntry& entry) { return layerOf(entry, part) != layer; }),
-                      members.end());
+        members.erase(
+            std::remove_if(members.begin(), members.end(),
+                           [&](const ChannelEntry& entry) { return layerOf(entry, part) != layer; }),
+            members.end());
         if (members.empty()) {
             continue;
         }
@@ -259,8 +260,8 @@ void Chooser::refuseChannel(const std::string& wanted) const {
             names.push_back(layer.empty() ? entry.name.channel : layer + "." + entry.name.channel);
         }
     }
-    throw BadPictureChoice(fmt::format("it has no channel {} (channels: {}){}", quoted(wanted), listed(names),
-                                       guessFor(names, wanted)));
+    throw BadPictureChoice(fmt::format("it has no channel {} (channels: {}){}", inQuotes(wanted),
+                                       listed(names), guessFor(names, wanted)));
 }
 
 // Puts the named channels into the layout. `mayMove`: all of the picture is named, so that it may be in any
@@ -279,7 +280,7 @@ void Chooser::takeChannels(ChosenPicture& chosen, bool mayMove) const {
         if (!here && (findChannel(name, -1, true, found) || findChannel(name, -1, false, found))) {
             throw BadPictureChoice(fmt::format(
                 "the channels of a picture come from one part, but {} is in {} and others are in {}",
-                quoted(name), partText(contents, found.part), partText(contents, within)));
+                inQuotes(name), partText(contents, found.part), partText(contents, within)));
         }
         if (!here) {
             refuseChannel(name);
@@ -314,7 +315,7 @@ ChosenPicture Chooser::choose() {
         }
         throw BadPictureChoice(fmt::format(
             "{} has no colours, only {}{}",
-            choice.layer.empty() ? partText(contents, base) : "the layer " + quoted(choice.layer),
+            choice.layer.empty() ? partText(contents, base) : "the layer " + inQuotes(choice.layer),
             listed(names), instead(base)));
     }
     chosen.layout = *colours;

@@ -105,9 +105,10 @@ std::string moviePath(const std::string& input, const PictureChoice& choice) {
     const bool hasMark = hasViewMark(input);
     const bool onlyView = choice == PictureChoice{.view = choice.view};
     if (!onlyView || (!choice.view.empty() && !hasMark)) {
-        throw Failure(Exit::Usage,
-                      fmt::format("{} is a movie, which has no parts, layers, views or channels to choose from",
-                                  input));
+        throw Failure(
+            Exit::Usage,
+            fmt::format("{} is a movie, which has no parts, layers, views or channels to choose from",
+                        input));
     }
     return pathOfView(input, choice);
 }

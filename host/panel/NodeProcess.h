@@ -25,8 +25,8 @@ public:
     NodeProcess(Listener listener, QObject* parent);
     ~NodeProcess() override;
 
-    /// Makes a new node in place of the one there is, for that input (empty for none), read as `options` say; its
-    /// knobs are set to `knobs`, values by name, before what the input decides.
+    /// Makes a new node in place of the one there is, for that input (empty for none), read as `options` say;
+    /// its knobs are set to `knobs`, values by name, before what the input decides.
     void start(const QString& input, const QStringList& options, const QJsonObject& knobs);
 
     /// Sends the request when those before it are answered. Of several waiting values of one knob only the

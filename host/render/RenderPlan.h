@@ -35,7 +35,7 @@ struct RenderPlan {
     int depth = 3;                                                            ///< channels
     const Kex::Image::LUT* lut = nullptr;                                     ///< null for the writer's own
     std::string picked;  ///< which channels of the input's files are read, for people
-    Metadata metadata;  ///< of the movie, as files and the person say
+    Metadata metadata;   ///< of the movie, as files and the person say
     /// Frames of the movie before the one whose header gave the time code; that one is not the first where
     /// the first ones are missing.
     int timecodeLead = 0;

@@ -32,7 +32,8 @@ RenderSetup setUpRender(const RenderRequest& request, Reporter& reporter) {
     }
     setup.plan = planRender(request, [&](const Kex::Image::LUT* curve) -> std::unique_ptr<FrameSource> {
         if (fromMovie) {
-            return std::make_unique<MovieSource>(moviePath(request.input, request.choice), curve, *setup.helpers);
+            return std::make_unique<MovieSource>(moviePath(request.input, request.choice), curve,
+                                                 *setup.helpers);
         }
         return std::make_unique<ImageSequence>(request.input, curve, request.choice);
     });

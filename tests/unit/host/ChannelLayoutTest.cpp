@@ -16,7 +16,8 @@ TEST(ChannelLayout, FindsColoursInAnyOrder) {
 TEST(ChannelLayout, TakesLuminanceAsGrey) {
     EXPECT_EQ(findColours({"Y"}), (Layout{{0, 0, 0, -1}}));
     EXPECT_EQ(findColours({"A", "Y"}), (Layout{{1, 1, 1, 0}}));
-    EXPECT_EQ(findColours({"Z", "R"}), (Layout{{1, 1, 1, -1}})) << "a picture that was written with one channel";
+    EXPECT_EQ(findColours({"Z", "R"}), (Layout{{1, 1, 1, -1}}))
+        << "a picture that was written with one channel";
 }
 
 TEST(ChannelLayout, FindsNoColourWhereThereIsNone) {

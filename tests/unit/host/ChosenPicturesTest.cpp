@@ -36,8 +36,8 @@ ImageSpec specOf(const Names& channels, const char* compression, const std::stri
 
 // Halves, floats and whole numbers in one file.
 ImageSpec mixedSpec(const char* compression) {
-    ImageSpec spec = specOf({"R", "G", "B", "A", "big.R", "big.G", "big.B", "id", "odd.R", "odd.G", "odd.B"},
-                            compression);
+    ImageSpec spec =
+        specOf({"R", "G", "B", "A", "big.R", "big.G", "big.B", "id", "odd.R", "odd.G", "odd.B"}, compression);
     spec.channelformats.assign(11, OIIO::TypeHalf);
     for (const std::size_t wide : {4, 5, 6, 9}) {
         spec.channelformats[wide] = OIIO::TypeFloat;

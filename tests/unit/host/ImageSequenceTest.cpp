@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "tests/unit/host/TemporaryFolder.h"
 #include "tests/unit/host/TestImages.h"
 
@@ -66,6 +68,37 @@ TEST(ImageSequence, ReadsFramesByNumber) {
     reader->read(1, picture);
     EXPECT_EQ(picture.row(0, 0)[0], 1);
     EXPECT_EQ(sut.header(1).display.width, 1);
+}
+
+TEST(ImageSequence, FindsTheFilesOfAView) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directory(folder / "left");
+    std::filesystem::create_directory(folder / "right");
+    folder.write("left/a_l.0001.exr");
+    folder.write("right/a_r.0001.exr");
+    folder.write("right/a_r.0002.exr");
+    const std::string pattern = folder / "%V/a_%v.####.exr";
+
+    EXPECT_EQ(ImageSequence(pattern, nullptr).frames(), std::vector{1});
+    EXPECT_EQ(ImageSequence(pattern, nullptr, {.view = "right"}).frames(), (std::vector{1, 2}));
+    EXPECT_EQ(ImageSequence(folder / "%V/a_%v.0001.exr", nullptr, {.view = "right"}).nameOf(1),
+              folder / "right/a_r.0001.exr");
+}
+
+TEST(ImageSequence, SaysThatTheOtherViewIsThere) {
+    const TemporaryFolder folder;
+    folder.write("a_right.1.exr");
+    const std::string pattern = folder / "a_%V.#.exr";
+    for (const std::string view : {"", "left", "center"}) {
+        try {
+            ImageSequence(pattern, nullptr, {.view = view});
+            FAIL() << view;
+        } catch (const NoSuchInput& reason) {
+            EXPECT_NE(std::string(reason.what()).find("--stereo-view right reads that"), std::string::npos)
+                << reason.what();
+        }
+    }
+    EXPECT_THROW(ImageSequence(pattern, nullptr, {.view = "a/b"}), NoSuchInput);
 }
 
 }  // namespace

@@ -29,8 +29,10 @@ TEST(NameMatch, ListsEachNameOnce) {
 }
 
 TEST(NameMatch, KeepsMessagesOnOneLineOfSomeLength) {
-    EXPECT_EQ(quoted("a\nb\x1b"), "\"a?b?\"");
-    EXPECT_LT(quoted(std::string(10'000, 'x')).size(), 100U);
+    EXPECT_EQ(inQuotes("a\nb\x1b"), "\"a?b?\"");
+    EXPECT_EQ(printable("Größe \xff\xc3 \xe2\x82", 80), "Größe ?? ??");
+    EXPECT_EQ(printable("ööö", 3), "öö…");
+    EXPECT_LT(inQuotes(std::string(10'000, 'x')).size(), 100U);
     Names many;
     for (int i = 0; i < 1000; ++i) {
         many.push_back(std::to_string(i));

@@ -88,8 +88,9 @@ TEST(PictureChoice, OffersTheLayersThatThereAre) {
 }
 
 TEST(PictureChoice, SaysWhatToChooseInsteadOfALayerWithoutColours) {
-    EXPECT_EQ(refusal(layered, layer("depth")),
-              "the layer \"depth\" has no colours, only depth.Z; colours are in --layer diffuse, --layer light.spec");
+    EXPECT_EQ(
+        refusal(layered, layer("depth")),
+        "the layer \"depth\" has no colours, only depth.Z; colours are in --layer diffuse, --layer light.spec");
     EXPECT_EQ(refusal(fileOf({partOf({"Z", "id"})}), {}),
               "it has no colours, only Z, id; --channels Z shows a channel as grey");
 }
@@ -113,11 +114,11 @@ TEST(PictureChoice, OffersTheChannelsThatThereAre) {
     EXPECT_NE(said.find("did you mean \"matte.a\"?"), std::string::npos) << said;
 }
 
-const FileContents stereo = fileOf(
-    {partOf({"B", "G", "R", "Z", "diffuse.left.B", "diffuse.left.G", "diffuse.left.R", "diffuse.right.B",
-             "diffuse.right.G", "diffuse.right.R", "right.B", "right.G", "right.R", "shared.R", "shared.G",
-             "shared.B", "left.spec.R", "left.spec.G", "left.spec.B"})},
-    {"left", "right"});
+const FileContents stereo =
+    fileOf({partOf({"B", "G", "R", "Z", "diffuse.left.B", "diffuse.left.G", "diffuse.left.R",
+                    "diffuse.right.B", "diffuse.right.G", "diffuse.right.R", "right.B", "right.G", "right.R",
+                    "shared.R", "shared.G", "shared.B", "left.spec.R", "left.spec.G", "left.spec.B"})},
+           {"left", "right"});
 
 TEST(PictureChoice, TakesAView) {
     EXPECT_EQ(chosen(stereo, {}), "0: R G B");
@@ -147,11 +148,11 @@ TEST(PictureChoice, NeedsNoViewInAFileThatWasFoundByItsView) {
     EXPECT_EQ(chosen(stereo, {.view = "right", .viewIsInName = true}), "0: right.R right.G right.B");
 }
 
-const FileContents parted =
-    fileOf({partOf({"R", "G", "B", "A"}, "rgba.left", "left"), partOf({"R", "G", "B", "A"}, "rgba.right", "right"),
-            partOf({"Z"}, "depth.left", "left"), partOf({"R", "G", "B"}, "diffuse.left", "left"),
-            partOf({"spec.R", "spec.G", "spec.B"}, "spec.right", "right")},
-           {"left", "right"});
+const FileContents parted = fileOf(
+    {partOf({"R", "G", "B", "A"}, "rgba.left", "left"), partOf({"R", "G", "B", "A"}, "rgba.right", "right"),
+     partOf({"Z"}, "depth.left", "left"), partOf({"R", "G", "B"}, "diffuse.left", "left"),
+     partOf({"spec.R", "spec.G", "spec.B"}, "spec.right", "right")},
+    {"left", "right"});
 
 TEST(PictureChoice, TakesAPartByNameOrNumber) {
     EXPECT_EQ(chosen(parted, {}), "0: R G B A");
@@ -163,9 +164,10 @@ TEST(PictureChoice, TakesAPartByNameOrNumber) {
 }
 
 TEST(PictureChoice, OffersThePartsThatThereAre) {
-    EXPECT_EQ(refusal(parted, {.part = "difuse.left"}),
-              "it has no part \"difuse.left\" (parts: 0 to 4, rgba.left, rgba.right, depth.left, diffuse.left, "
-              "spec.right); did you mean \"diffuse.left\"?");
+    EXPECT_EQ(
+        refusal(parted, {.part = "difuse.left"}),
+        "it has no part \"difuse.left\" (parts: 0 to 4, rgba.left, rgba.right, depth.left, diffuse.left, "
+        "spec.right); did you mean \"diffuse.left\"?");
     for (const char* number : {"5", "-1", "99999999999999999999", "1x", "0x1"}) {
         EXPECT_NE(refusal(parted, {.part = number}).find("it has no part"), std::string::npos) << number;
     }
