@@ -117,7 +117,7 @@ TEST_F(RepaintMeterTest, ACallThatCalculatesForLongIsAGap) {
 }
 
 TEST_F(PanelRepaintTest, TabGoesThroughTheKnobsBetweenWhatStandsAboveAndBesideThem) {
-    Corvel::Panel::PanelWindow window(movie);
+    Corvel::Panel::PanelWindow window(movie, {});
     window.show();
     ASSERT_TRUE(waitUntil([&] { return window.windowTitle() == "Corvel: in.mov"; }));
     const QList<QLineEdit*> lines = window.findChildren<QLineEdit*>();
@@ -146,7 +146,7 @@ TEST_F(PanelRepaintTest, TabGoesThroughTheKnobsBetweenWhatStandsAboveAndBesideTh
 // The best of a few renders: what the panel does by itself it does in each of them; what a machine does to
 // it, it does in some.
 TEST_F(PanelRepaintTest, TheWindowIsRepaintedInTimeWhileAMovieOf4KIsRendered) {
-    Corvel::Panel::PanelWindow window(movie);
+    Corvel::Panel::PanelWindow window(movie, {});
     window.show();
     ASSERT_TRUE(waitUntil([&] { return window.windowTitle() == "Corvel: in.mov"; }));
     RepaintMeter meter(window);
