@@ -20,6 +20,7 @@ pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libavuti
 pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
 pkg_check_modules(openexr REQUIRED IMPORTED_TARGET OpenEXR)
 pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
+pkg_check_modules(tiff REQUIRED IMPORTED_TARGET libtiff-4)
 pkg_check_modules(ocio REQUIRED IMPORTED_TARGET OpenColorIO)
 pkg_check_modules(pangocairo REQUIRED IMPORTED_TARGET pangocairo)
 pkg_check_modules(sdl2 REQUIRED sdl2)  # for its headers: the library is loaded when wanted

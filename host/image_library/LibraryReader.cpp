@@ -143,15 +143,6 @@ ChannelLayout inLibrarysOrder(const ChannelLayout& layout, const std::vector<Sto
     return {find(layout.red), find(layout.green), find(layout.blue), find(layout.alpha)};
 }
 
-// An open file at the picture that is wanted.
-struct OpenPicture {
-    std::unique_ptr<OIIO::ImageInput> input;
-    int part = 0;
-    OIIO::ImageSpec spec;
-    ChannelLayout layout;  ///< in the library's order
-    PictureHeader header;
-};
-
 OpenPicture openPicture(const std::string& path, const PictureChoice& choice) {
     OpenPicture open;
     open.input = openFile(path);
@@ -231,6 +222,12 @@ bool readOneByOne(const OpenPicture& open, std::vector<float>& scratch, Samples&
     return true;
 }
 
+// Whether colours are still to be multiplied: not by a channel that was merely named as alpha.
+bool hasStraightAlpha(const OpenPicture& open) {
+    return open.layout.alpha >= 0 && open.layout.alpha == open.spec.alpha_channel &&
+           open.spec.get_int_attribute("oiio:UnassociatedAlpha") != 0;
+}
+
 bool readSamples(const OpenPicture& open, std::vector<float>& scratch, Samples& samples) {
     constexpr int nearby = 8;  // channels that are read although few of them are wanted
     const ChannelLayout& layout = open.layout;
@@ -270,7 +267,28 @@ PictureHeader LibraryReader::readHeader(const std::string& path) {
 
 PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Picture& picture) {
     const OpenPicture open = openPicture(path, choice);
-    const OIIO::ImageSpec& spec = open.spec;
+    const LUT& stated = *(curve ? curve : LUT::find(open.header.curve));
+    prepareFor(open.header, picture);
+    if (!readIntegers(path, open, stated, picture)) {
+        readThroughLibrary(path, open, stated, picture);
+    }
+    return open.header;
+}
+
+bool LibraryReader::readIntegers(const std::string& path, const OpenPicture& open, const LUT& curve,
+                                 Picture& picture) {
+    if (open.part != 0 || orientationOf(open.spec) != upright) {
+        return false;
+    }
+    const IntegerPixels pixels{.channels = open.spec.nchannels,
+                               .layout = open.layout,
+                               .straightAlpha = hasStraightAlpha(open),
+                               .window = open.header.data};
+    return integers.read(path, *open.input, pixels, curve, open.header.display, picture);
+}
+
+void LibraryReader::readThroughLibrary(const std::string& path, const OpenPicture& open, const LUT& curve,
+                                       Picture& picture) {
     Samples samples;
     const bool done = readSamples(open, scratch, samples);
     // Some formats say that all is well and still leave an error behind, for a file that is cut short.
@@ -280,22 +298,18 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
     if (!dpxIsComplete(path)) {
         refuse(path, "the file is cut short");
     }
-    if (orientationOf(spec) != upright) {
-        turnUpright(path, spec, samples.channels, scratch);
+    if (orientationOf(open.spec) != upright) {
+        turnUpright(path, open.spec, samples.channels, scratch);
     }
-
-    const bool ownAlpha = open.layout.alpha >= 0 && open.layout.alpha == spec.alpha_channel;
     const InterleavedPixels pixels{
         .samples = scratch.data(),
         .window = open.header.data,
         .channels = samples.channels,
         .layout = samples.layout,
-        .straightAlpha = ownAlpha && spec.get_int_attribute("oiio:UnassociatedAlpha") != 0,
-        .curve = *(curve ? curve : LUT::find(open.header.curve)),
+        .straightAlpha = hasStraightAlpha(open),
+        .curve = curve,
     };
-    prepareFor(open.header, picture);
     placePixels(pixels, open.header.display, picture);
-    return open.header;
 }
 
 }  // namespace Corvel
