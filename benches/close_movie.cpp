@@ -1,3 +1,4 @@
+#include "worker/LibavPointers.h"
 #include "worker/movie/MovieFile.h"
 
 extern "C" {
@@ -26,24 +27,17 @@ double secondsSince(Clock::time_point start) {
 constexpr int width = 1024;
 constexpr int height = 512;
 
-struct FreeParameters {
-    void operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
-};
-struct FreePacket {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-
 void run(const std::string& folder, int frames, int framesPerSecond) {
     const std::string path = folder + "/close-movie.mov";
     const std::string copy = folder + "/close-movie-copy.mov";
-    const std::unique_ptr<AVCodecParameters, FreeParameters> parameters(avcodec_parameters_alloc());
+    const ParametersPointer parameters(avcodec_parameters_alloc());
     parameters->codec_type = AVMEDIA_TYPE_VIDEO;
     parameters->codec_id = AV_CODEC_ID_RAWVIDEO;
     parameters->codec_tag = MKTAG('2', 'v', 'u', 'y');
     parameters->format = AV_PIX_FMT_UYVY422;
     parameters->width = width;
     parameters->height = height;
-    const std::unique_ptr<AVPacket, FreePacket> packet(av_packet_alloc());
+    const PacketPointer packet(av_packet_alloc());
     av_new_packet(packet.get(), width * height * 2);
     std::mt19937 random(1);
     for (int i = 0; i < packet->size; ++i) {

@@ -56,4 +56,10 @@ Status statusOfLibraryError(int libraryError, Status otherwise) {
     }
 }
 
+std::string libraryReason(int libraryError) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = "";
+    av_strerror(libraryError, text, sizeof text);
+    return text;
+}
+
 }  // namespace Morvane::Worker

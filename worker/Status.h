@@ -37,4 +37,7 @@ Status statusOfSystemError(int systemError);
 /// says nothing about files or memory.
 Status statusOfLibraryError(int libraryError, Status otherwise);
 
+/// The same in the library's words.
+std::string libraryReason(int libraryError);
+
 }  // namespace Morvane::Worker

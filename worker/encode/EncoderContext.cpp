@@ -19,12 +19,6 @@ namespace {
 /// MPEG-4 streams count time in at most this many ticks a second.
 constexpr int mostTicks = 65535;
 
-std::string errorText(int error) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = "";
-    av_strerror(error, text, sizeof text);
-    return text;
-}
-
 /// The rate that the encoder is told. One tick is one frame whatever it is; only streams that state their
 /// rate themselves notice where it had to be rounded.
 AVRational statedRate(const EncodingPlan& plan) {
@@ -113,7 +107,7 @@ void EncoderContext::open() {
     if (error < 0)
         throw StatusError(statusOfLibraryError(error, Status::NotSupportedByCodec),
                           fmt::format("{} cannot encode {} x {} with these settings: {}", plan.codec->name,
-                                      plan.width, plan.height, errorText(error)));
+                                      plan.width, plan.height, libraryReason(error)));
     if (const AVDictionaryEntry* left = av_dict_get(options.entries, "", nullptr, AV_DICT_IGNORE_SUFFIX))
         throw StatusError(Status::NotSupportedByCodec,
                           fmt::format("the encoder {} has no option {}", plan.encoder, left->key));
@@ -187,7 +181,7 @@ PacketPointer EncoderContext::receive() {
 
 void EncoderContext::fail(const char* what, int error) const {
     throw StatusError(statusOfLibraryError(error, Status::CodecFailed),
-                      fmt::format("{} could not {}: {}", plan.codec->name, what, errorText(error)));
+                      fmt::format("{} could not {}: {}", plan.codec->name, what, libraryReason(error)));
 }
 
 }  // namespace Morvane::Worker

@@ -1,33 +1,9 @@
 #pragma once
 
+#include "worker/LibavPointers.h"
 #include "worker/codec/EncodingPlan.h"
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavcodec/bsf.h>
-}
-
-#include <memory>
-
 namespace Morvane::Worker {
-
-struct FreePacket {
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-using PacketPointer = std::unique_ptr<AVPacket, FreePacket>;
-
-struct FreeCodecContext {
-    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-};
-
-struct FreeParameters {
-    void operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
-};
-using ParametersPointer = std::unique_ptr<AVCodecParameters, FreeParameters>;
-
-struct FreeBitstreamFilter {
-    void operator()(AVBSFContext* filter) const { av_bsf_free(&filter); }
-};
 
 /// One libav encoder, opened for a plan, with the codec's bitstream filter behind it. One thread at a time.
 class EncoderContext {
@@ -60,8 +36,8 @@ private:
     [[noreturn]] void fail(const char* what, int error) const;
 
     const EncodingPlan plan;
-    std::unique_ptr<AVCodecContext, FreeCodecContext> context;
-    std::unique_ptr<AVBSFContext, FreeBitstreamFilter> filter;
+    CodecPointer context;
+    FilterPointer filter;
 };
 
 }  // namespace Morvane::Worker

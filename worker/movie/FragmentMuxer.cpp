@@ -20,12 +20,6 @@ namespace {
 /// larger. One of 1,000 packets has some 16 KiB.
 constexpr int bufferBytes = 1 << 18;
 
-std::string errorText(int libraryError) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(libraryError, text, sizeof text);
-    return text;
-}
-
 }  // namespace
 
 void FragmentMuxer::FreeFormat::operator()(AVFormatContext* format) const {
@@ -67,7 +61,7 @@ FragmentMuxer::FragmentMuxer(const VideoTrack& track, TimeScale timeScale, Sink 
     av_dict_free(&options);
     if (result < 0) {
         throw StatusError(statusOfLibraryError(result, Status::NotSupportedByCodec),
-                          fmt::format("a QuickTime movie cannot hold this codec: {}", errorText(result)));
+                          fmt::format("a QuickTime movie cannot hold this codec: {}", libraryReason(result)));
     }
 }
 
@@ -110,7 +104,7 @@ void FragmentMuxer::check(int result, const char* what) {
     }
     if (result < 0) {
         throw StatusError(statusOfLibraryError(result, Status::CodecFailed),
-                          fmt::format("cannot {} the movie: {}", what, errorText(result)));
+                          fmt::format("cannot {} the movie: {}", what, libraryReason(result)));
     }
 }
 

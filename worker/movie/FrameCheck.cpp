@@ -1,5 +1,6 @@
 #include "worker/movie/FrameCheck.h"
 
+#include "worker/LibavPointers.h"
 #include "worker/Status.h"
 
 #include <fmt/core.h>
@@ -9,18 +10,9 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-#include <memory>
-
 namespace Morvane::Worker {
 
 namespace {
-
-struct Free {
-    void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
-    void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
 
 class FrameChecker {
 public:
@@ -106,10 +98,10 @@ private:
 
     std::string path;
     bool atEnd = false;
-    std::unique_ptr<AVFormatContext, Free> format;
-    std::unique_ptr<AVCodecContext, Free> codec;
-    std::unique_ptr<AVPacket, Free> packet;
-    std::unique_ptr<AVFrame, Free> frame;
+    InputPointer format;
+    CodecPointer codec;
+    PacketPointer packet;
+    FramePointer frame;
 };
 
 }  // namespace

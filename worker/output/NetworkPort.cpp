@@ -150,7 +150,7 @@ void NetworkPort::finish() {
 void NetworkPort::encode(const AVFrame* frame) {
     check(avcodec_send_frame(encoder.get(), frame));
     for (;;) {
-        Packet packet(av_packet_alloc());
+        PacketPointer packet(av_packet_alloc());
         if (!packet)
             throw StatusError(Status::NoMemory, "cannot send to the network device: not enough memory");
         const int result = avcodec_receive_packet(encoder.get(), packet.get());
@@ -163,7 +163,7 @@ void NetworkPort::encode(const AVFrame* frame) {
 
 void NetworkPort::sendEncoded() {
     AVStream& video = *stream->streams[0];
-    for (const Packet& packet : encoded) {
+    for (const PacketPointer& packet : encoded) {
         packet->duration = 1;
         packet->stream_index = video.index;
         av_packet_rescale_ts(packet.get(), encoder->time_base, video.time_base);
@@ -175,10 +175,8 @@ void NetworkPort::sendEncoded() {
 void NetworkPort::check(int result) const {
     if (result >= 0)
         return;
-    char reason[AV_ERROR_MAX_STRING_SIZE] = {};
-    av_strerror(result, reason, sizeof reason);
     throw StatusError(statusOfLibraryError(result, Status::InputOutput),
-                      fmt::format("cannot send to Network {}: {}", address.text(), reason));
+                      fmt::format("cannot send to Network {}: {}", address.text(), libraryReason(result)));
 }
 
 }  // namespace Morvane::Worker

@@ -1,14 +1,10 @@
 #pragma once
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
-
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "worker/LibavPointers.h"
 #include "worker/output/NetworkAddress.h"
 #include "worker/output/OutputDevice.h"
 #include "worker/picture/PictureConverter.h"
@@ -34,19 +30,9 @@ public:
     void finish() override;
 
 private:
-    struct FreeEncoder {
-        void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
-    };
     struct FreeStream {
         void operator()(AVFormatContext* context) const;
     };
-    struct FreeFrame {
-        void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-    };
-    struct FreePacket {
-        void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    };
-    using Packet = std::unique_ptr<AVPacket, FreePacket>;
 
     void openEncoder();
     void openStream(const std::string& serviceName);
@@ -59,10 +45,10 @@ private:
     NetworkAddress address;
     EncodingPlan plan;
     PictureConverter converter;
-    std::unique_ptr<AVFrame, FreeFrame> converted;  ///< the request thread's view of a picture
-    std::unique_ptr<AVFrame, FreeFrame> prepared;   ///< the presentation thread's
-    std::vector<Packet> encoded;                    ///< not sent yet
-    std::unique_ptr<AVCodecContext, FreeEncoder> encoder;
+    FramePointer converted;              ///< the request thread's view of a picture
+    FramePointer prepared;               ///< the presentation thread's
+    std::vector<PacketPointer> encoded;  ///< not sent yet
+    CodecPointer encoder;
     std::unique_ptr<AVFormatContext, FreeStream> stream;
 };
 

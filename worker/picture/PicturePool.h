@@ -1,20 +1,13 @@
 #pragma once
 
+#include "worker/LibavPointers.h"
 #include "worker/codec/EncodingPlan.h"
 
 extern "C" {
 #include <libavutil/buffer.h>
-#include <libavutil/frame.h>
 }
 
-#include <memory>
-
 namespace Morvane::Worker {
-
-struct FreeFrame {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
 
 /// Pictures in the plan's format, whose memory comes back to the pool when the last reference goes, so that a
 /// movie allocates only as many as are ever in use at once. Planes are padded to whole chroma samples, rows

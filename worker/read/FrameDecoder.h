@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "worker/LibavPointers.h"
 #include "worker/read/FrameIndex.h"
-#include "worker/read/LibavPointers.h"
 #include "worker/read/MovieInput.h"
 
 namespace Morvane::Worker {
@@ -56,7 +56,7 @@ private:
     const SharedSource source;
     const FrameIndex& index;
     std::unique_ptr<MovieInput> input;
-    DecoderPointer decoder;
+    CodecPointer decoder;
     PacketPointer packet;
     bool hasPacket = false;  ///< `packet` is the one at `nextPacket`, read already
     std::size_t nextPacket = 0;

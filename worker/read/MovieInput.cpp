@@ -23,10 +23,10 @@ int refuseToOpen(AVFormatContext*, AVIOContext** io, const char*, int, AVDiction
 
 [[noreturn]] void fail(const std::string& path, int libraryError) {
     throw StatusError(statusOfLibraryError(libraryError, Status::CodecFailed),
-                      "cannot read " + path + ": " + libavReason(libraryError));
+                      "cannot read " + path + ": " + libraryReason(libraryError));
 }
 
-FormatPointer openFormat(const std::string& path, FileSource& file) {
+InputPointer openFormat(const std::string& path, FileSource& file) {
     AVFormatContext* context = requireMemory(avformat_alloc_context());
     context->pb = file.context();
     context->io_open = refuseToOpen;
@@ -40,16 +40,10 @@ FormatPointer openFormat(const std::string& path, FileSource& file) {
     av_dict_free(&options);
     if (result < 0)
         fail(path, result);
-    return FormatPointer(context);
+    return InputPointer(context);
 }
 
 }  // namespace
-
-std::string libavReason(int libraryError) {
-    char text[AV_ERROR_MAX_STRING_SIZE] = "";
-    av_strerror(libraryError, text, sizeof text);
-    return text;
-}
 
 MovieInput::MovieInput(const SharedSource& source) : file(source), context(openFormat(source->path, file)) {
     const std::string& path = source->path;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "worker/LibavPointers.h"
 #include "worker/read/FileSource.h"
-#include "worker/read/LibavPointers.h"
 #include "worker/read/SourceTimecode.h"
 
 namespace Morvane::Worker {
@@ -51,7 +51,7 @@ private:
     void correctTimecode();
 
     FileSource file;
-    FormatPointer context;
+    InputPointer context;
     int videoIndex = -1;
     std::optional<SourceTimecode> timecode_;
     std::vector<std::uint8_t> palette;  ///< as a packet carries it; empty: none

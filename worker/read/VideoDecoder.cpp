@@ -8,12 +8,12 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-DecoderPointer openDecoder(const AVStream& stream, const std::string& path) {
+CodecPointer openDecoder(const AVStream& stream, const std::string& path) {
     const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
     if (codec == nullptr)
         throw StatusError(Status::CodecFailed, "cannot decode " + path + ": there is no decoder for " +
                                                    avcodec_get_name(stream.codecpar->codec_id));
-    DecoderPointer decoder(requireMemory(avcodec_alloc_context3(codec)));
+    CodecPointer decoder(requireMemory(avcodec_alloc_context3(codec)));
     int result = avcodec_parameters_to_context(decoder.get(), stream.codecpar);
     decoder->thread_count = 0;  // as many as there are cores
     decoder->pkt_timebase = stream.time_base;
@@ -21,7 +21,7 @@ DecoderPointer openDecoder(const AVStream& stream, const std::string& path) {
         result = avcodec_open2(decoder.get(), codec, nullptr);
     if (result < 0)
         throw StatusError(statusOfLibraryError(result, Status::CodecFailed),
-                          "cannot decode " + path + ": " + libavReason(result));
+                          "cannot decode " + path + ": " + libraryReason(result));
     return decoder;
 }
 

@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "worker/read/LibavPointers.h"
+#include "worker/LibavPointers.h"
 
 namespace Morvane::Worker {
 
 /// A decoder for `stream`, with as many threads as there are cores. `path` is for messages. Throws
 /// StatusError (CodecFailed, NoMemory).
-DecoderPointer openDecoder(const AVStream& stream, const std::string& path);
+CodecPointer openDecoder(const AVStream& stream, const std::string& path);
 
 /// Whether every packet of `codec` is a picture of its own.
 bool isIntraOnly(AVCodecID codec);

@@ -1,5 +1,6 @@
 #include "worker/sound/SoundDecoder.h"
 
+#include "worker/LibavPointers.h"
 #include "worker/Status.h"
 #include "worker/sound/ByteOrder.h"
 
@@ -20,19 +21,9 @@ namespace Morvane::Worker {
 
 namespace {
 
-struct Free {
-    void operator()(AVFormatContext* format) const { avformat_close_input(&format); }
-    void operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
-    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+struct FreeConverter {
     void operator()(SwrContext* converter) const { swr_free(&converter); }
 };
-
-std::string errorText(int libraryError) {
-    std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-    av_strerror(libraryError, text.data(), text.size());
-    return text.data();
-}
 
 std::string layoutName(const AVChannelLayout& layout) {
     std::array<char, 256> name{};
@@ -117,7 +108,7 @@ private:
         }
         if (result < 0) {
             throw StatusError(statusOfLibraryError(result, Status::BadArgument),
-                              fmt::format("cannot read sound from {}: {}", path, errorText(result)));
+                              fmt::format("cannot read sound from {}: {}", path, libraryReason(result)));
         }
         const AVCodec* decoder = nullptr;
         result = av_find_best_stream(context, AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
@@ -141,7 +132,7 @@ private:
         }
         if (result < 0) {
             throw StatusError(statusOfLibraryError(result, Status::BadArgument),
-                              fmt::format("cannot decode the sound of {}: {}", path, errorText(result)));
+                              fmt::format("cannot decode the sound of {}: {}", path, libraryReason(result)));
         }
     }
 
@@ -177,7 +168,7 @@ private:
         }
         if (result < 0) {
             throw StatusError(statusOfLibraryError(result, Status::BadArgument),
-                              fmt::format("cannot convert the sound of {}: {}", path, errorText(result)));
+                              fmt::format("cannot convert the sound of {}: {}", path, libraryReason(result)));
         }
     }
 
@@ -223,15 +214,15 @@ private:
     [[noreturn]] void damaged(int libraryError) const {
         throw StatusError(statusOfLibraryError(libraryError, Status::BadArgument),
                           fmt::format("the sound of {} is damaged after {:.3f} s: {}", path, seconds(),
-                                      errorText(libraryError)));
+                                      libraryReason(libraryError)));
     }
 
     std::string path;
-    std::unique_ptr<AVFormatContext, Free> format;
-    std::unique_ptr<AVCodecContext, Free> codec;
-    std::unique_ptr<SwrContext, Free> converter;
-    std::unique_ptr<AVPacket, Free> packet;
-    std::unique_ptr<AVFrame, Free> frame;
+    InputPointer format;
+    CodecPointer codec;
+    std::unique_ptr<SwrContext, FreeConverter> converter;
+    PacketPointer packet;
+    FramePointer frame;
     AVStream* stream = nullptr;
     AVSampleFormat interleaved = AV_SAMPLE_FMT_NONE;
     std::vector<std::uint8_t> scratch;

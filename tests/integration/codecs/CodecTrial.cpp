@@ -85,7 +85,7 @@ Encoded encode(const EncodingPlan& plan, const std::vector<Pixels>& pictures) {
 std::vector<FramePointer> decode(const Encoded& encoded) {
     const AVCodec* decoder = avcodec_find_decoder(encoded.parameters->codec_id);
     require(decoder, "no decoder");
-    std::unique_ptr<AVCodecContext, FreeCodecContext> context(avcodec_alloc_context3(decoder));
+    CodecPointer context(avcodec_alloc_context3(decoder));
     require(avcodec_parameters_to_context(context.get(), encoded.parameters.get()) >= 0,
             "parameters refused");
     context->thread_count = 1;

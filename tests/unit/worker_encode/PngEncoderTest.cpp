@@ -55,8 +55,7 @@ std::string rowsOf(const AVFrame& frame) {
 
 /// By libav's own decoder; null where it finds the packet damaged.
 FramePointer decoded(AVPacket& packet) {
-    const std::unique_ptr<AVCodecContext, FreeCodecContext> decoder(
-        avcodec_alloc_context3(avcodec_find_decoder(AV_CODEC_ID_PNG)));
+    const CodecPointer decoder(avcodec_alloc_context3(avcodec_find_decoder(AV_CODEC_ID_PNG)));
     decoder->err_recognition = AV_EF_CRCCHECK | AV_EF_EXPLODE;
     FramePointer frame(av_frame_alloc());
     const bool good = avcodec_open2(decoder.get(), nullptr, nullptr) == 0 &&

@@ -17,18 +17,14 @@ extern "C" {
 #include <string>
 #include <vector>
 
+#include "worker/LibavPointers.h"
 #include "worker/Status.h"
 
 namespace Morvane::Worker {
 namespace {
 
-struct FreeFrame {
-    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
-};
-using Frame = std::unique_ptr<AVFrame, FreeFrame>;
-
-Frame blankFrame(AVPixelFormat format, int width, int height) {
-    Frame frame(av_frame_alloc());
+FramePointer blankFrame(AVPixelFormat format, int width, int height) {
+    FramePointer frame(av_frame_alloc());
     frame->format = format;
     frame->width = width;
     frame->height = height;
@@ -44,8 +40,8 @@ Frame blankFrame(AVPixelFormat format, int width, int height) {
 }
 
 /// Every sample of every plane at random, the forbidden ones too.
-Frame noise(AVPixelFormat format, int width, int height) {
-    Frame frame = blankFrame(format, width, height);
+FramePointer noise(AVPixelFormat format, int width, int height) {
+    FramePointer frame = blankFrame(format, width, height);
     const AVPixFmtDescriptor& layout = *av_pix_fmt_desc_get(format);
     std::mt19937 random(7);
     for (int component = 0; component < layout.nb_components; ++component) {
@@ -102,8 +98,8 @@ std::vector<float> byZimg(const AVFrame& frame, int field) {
         throw std::runtime_error(reason);
     }
     // zimg wants its rows aligned, and may read and write to the end of a vector.
-    const Frame input(av_frame_clone(&frame));
-    const Frame output = blankFrame(AV_PIX_FMT_GBRPF32LE, frame.width, frame.height / fields);
+    const FramePointer input(av_frame_clone(&frame));
+    const FramePointer output = blankFrame(AV_PIX_FMT_GBRPF32LE, frame.width, frame.height / fields);
     zimg_image_buffer_const source{ZIMG_API_VERSION, {}};
     zimg_image_buffer target{ZIMG_API_VERSION, {}};
     for (int plane = 0; plane < 3; ++plane) {
@@ -155,7 +151,7 @@ TEST_P(EveryYcbcrFormat, IsConvertedAsAnotherLibraryDoes) {
     for (const auto& [width, height] : {std::pair{64, 32}, {70, 22}, {2, 2}, {4, 40}})
         for (const AVColorRange range : {AVCOL_RANGE_MPEG, AVCOL_RANGE_JPEG})
             for (int location = AVCHROMA_LOC_LEFT; location <= AVCHROMA_LOC_BOTTOM; ++location) {
-                const Frame frame = noise(GetParam(), width, height);
+                const FramePointer frame = noise(GetParam(), width, height);
                 frame->color_range = range;
                 frame->chroma_location = static_cast<AVChromaLocation>(location);
                 const AVPixFmtDescriptor& layout = *av_pix_fmt_desc_get(GetParam());
@@ -185,7 +181,7 @@ class InterlacedFormat : public testing::TestWithParam<AVPixelFormat> {};
 
 TEST_P(InterlacedFormat, HasItsFieldsConvertedEachByItself) {
     for (int location = AVCHROMA_LOC_LEFT; location <= AVCHROMA_LOC_BOTTOM; ++location) {
-        const Frame frame = noise(GetParam(), 48, 32);
+        const FramePointer frame = noise(GetParam(), 48, 32);
         frame->chroma_location = static_cast<AVChromaLocation>(location);
         frame->interlaced_frame = 1;
 
@@ -205,7 +201,7 @@ INSTANTIATE_TEST_SUITE_P(Planar, InterlacedFormat,
 TEST(FloatConverter, AppliesEveryMatrixAsAnotherLibraryDoes) {
     for (const AVColorSpace matrix : {AVCOL_SPC_BT709, AVCOL_SPC_FCC, AVCOL_SPC_BT470BG, AVCOL_SPC_SMPTE170M,
                                       AVCOL_SPC_SMPTE240M, AVCOL_SPC_YCGCO, AVCOL_SPC_BT2020_NCL}) {
-        const Frame frame = noise(AV_PIX_FMT_YUV444P10LE, 32, 4);
+        const FramePointer frame = noise(AV_PIX_FMT_YUV444P10LE, 32, 4);
         frame->colorspace = matrix;
 
         EXPECT_LT(worstDifference(converted(*frame), byZimg(*frame, -1), 32, 0, 1), tolerance)
@@ -214,7 +210,7 @@ TEST(FloatConverter, AppliesEveryMatrixAsAnotherLibraryDoes) {
 }
 
 TEST(FloatConverter, RefusesWhatNeedsMoreThanAMatrix) {
-    const Frame frame = noise(AV_PIX_FMT_YUV444P, 8, 8);
+    const FramePointer frame = noise(AV_PIX_FMT_YUV444P, 8, 8);
     frame->colorspace = AVCOL_SPC_ICTCP;
 
     try {
@@ -232,15 +228,15 @@ TEST(FloatConverter, ReadsPackedHalfPackedAndSwappedSamplesAsPlanarOnes) {
                                         {AV_PIX_FMT_YUV422P10LE, AV_PIX_FMT_YUV422P10BE},
                                         {AV_PIX_FMT_YUV420P10LE, AV_PIX_FMT_P010LE}})
         for (const int height : {6, 32, 35}) {
-            const Frame plain = noise(planar, 46, height);
-            const Frame packed = noise(other, 46, height);
+            const FramePointer plain = noise(planar, 46, height);
+            const FramePointer packed = noise(other, 46, height);
 
             EXPECT_EQ(converted(*plain), converted(*packed)) << av_get_pix_fmt_name(other) << " " << height;
         }
 }
 
 TEST(FloatConverter, TakesAlphaAtFullRangeFromEveryKindOfPicture) {
-    const Frame frame = blankFrame(AV_PIX_FMT_YUVA444P10LE, 33, 2);
+    const FramePointer frame = blankFrame(AV_PIX_FMT_YUVA444P10LE, 33, 2);
     for (int plane = 0; plane < 4; ++plane)
         for (int y = 0; y < 2; ++y)
             for (int x = 0; x < 33; ++x)
@@ -259,7 +255,7 @@ TEST(FloatConverter, TakesAlphaAtFullRangeFromEveryKindOfPicture) {
 TEST(FloatConverter, ConvertsOddSizesToTheLastRowAndColumn) {
     for (const int width : {1, 3, 17, 33})
         for (const int height : {1, 5, 17}) {
-            const Frame frame = blankFrame(AV_PIX_FMT_YUV420P, width, height);
+            const FramePointer frame = blankFrame(AV_PIX_FMT_YUV420P, width, height);
             for (int plane = 0; plane < 3; ++plane)
                 for (int y = 0; y < AV_CEIL_RSHIFT(height, plane == 0 ? 0 : 1); ++y)
                     std::fill_n(frame->data[plane] + y * frame->linesize[plane],
@@ -271,7 +267,7 @@ TEST(FloatConverter, ConvertsOddSizesToTheLastRowAndColumn) {
 }
 
 TEST(FloatConverter, TurnsAPictureAsTheMovieSays) {
-    const Frame frame = noise(AV_PIX_FMT_YUV422P, 20, 34);
+    const FramePointer frame = noise(AV_PIX_FMT_YUV422P, 20, 34);
     const std::vector<float> straight = converted(*frame);
 
     const std::vector<float> turned = converted(*frame, {true, true, false});
@@ -291,7 +287,7 @@ TEST(FloatConverter, WhiteAndBlackAreExactAtEveryDepth) {
             const unsigned unit = 1U << (layout.comp[0].depth - 8);
             const unsigned black = range == AVCOL_RANGE_MPEG ? 16 * unit : 0;
             const unsigned white = range == AVCOL_RANGE_MPEG ? 235 * unit : 256 * unit - 1;
-            const Frame frame = blankFrame(format, 2, 1);
+            const FramePointer frame = blankFrame(format, 2, 1);
             frame->color_range = range;
             const std::vector<std::uint16_t> luma{static_cast<std::uint16_t>(black),
                                                   static_cast<std::uint16_t>(white)};
