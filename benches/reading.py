@@ -17,7 +17,7 @@ import time
 
 MOVIES = {
     "ProRes 422 HQ": ("apch.mov", "gbrpf32le", "-c:v prores_ks -profile:v hq -q:v 6 -pix_fmt yuv422p10le"),
-    "ProRes 4444, alpha": ("ap4h.mov", "gbrapf32le", "-c:v prores_ks -profile:v 4444 -q:v 6 -pix_fmt yuva444p10le"),
+    "ProRes 4444 alpha": ("ap4h.mov", "gbrapf32le", "-c:v prores_ks -profile:v 4444 -q:v 6 -pix_fmt yuva444p10le"),
     "H.264": ("avc1.mov", "gbrpf32le", "-c:v libx264 -crf 20 -g 24 -bf 3 -pix_fmt yuv420p"),
 }
 COLOUR = "-colorspace bt709 -color_primaries bt709 -color_trc bt709 -color_range tv"
