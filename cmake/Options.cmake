@@ -39,6 +39,8 @@ target_compile_options(corvel_flags INTERFACE "$<BUILD_INTERFACE:${ours}>")
 target_compile_definitions(corvel_flags INTERFACE $<BUILD_INTERFACE:CORVEL_VERSION="${PROJECT_VERSION}">)
 if(CORVEL_SANITIZE)
   add_compile_options(-fsanitize=${CORVEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  # The checks make the compiler see values that are never read.
+  add_compile_options($<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
   add_link_options(-fsanitize=${CORVEL_SANITIZE})
 endif()
 if(CORVEL_FUZZ)
