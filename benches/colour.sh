@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# What colour management costs: the same render with and without a display transform, in turn, on frames of 1920 x 1080.
+# What colour management costs: the same render with and without a display transform and burn-ins, in turn, on frames of
+# 1920 x 1080.
 # Prints the wall time of each and the middle one of the ratios.
 #
 # Usage: colour.sh [ROUNDS]    (default: 5)
@@ -27,7 +28,7 @@ seconds() {
 seconds >/dev/null
 for ((round = 0; round < ${1:-5}; ++round)); do
     plain=$(seconds)
-    managed=$(seconds --input-space ACEScg --display 'sRGB - Display' --view Filmic)
+    managed=$(seconds --input-space ACEScg --display 'sRGB - Display' --view Filmic --burnin default)
     printf '%.2f s without, %.2f s with: %.3f\n' "$plain" "$managed" "$(echo "$managed / $plain" | bc -l)"
 done | tee "$work/rounds"
 printf 'middle: %s\n' "$(awk '{print $NF}' "$work/rounds" | sort -n | sed -n "$(((${1:-5} + 1) / 2))p")"

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 
 #include "host/images/ImageLibrary.h"
+#include "host/images/NameMatch.h"
 
 namespace Corvel {
 
@@ -15,9 +15,7 @@ const char* writableImageEndings() {
 
 bool isWritableImageName(const std::string& path) {
     constexpr std::array endings{".exr", ".dpx", ".png", ".tif", ".tiff"};
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return std::tolower(c); });
+    const std::string ending = lowered(std::filesystem::path(path).extension().string());
     return std::find(endings.begin(), endings.end(), ending) != endings.end();
 }
 

@@ -3,9 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cctype>
 #include <charconv>
 #include <cmath>
+
+#include "host/images/NameMatch.h"
 
 namespace Corvel {
 namespace {
@@ -28,8 +29,7 @@ std::string curveOfGamma(double gamma) {
 }  // namespace
 
 std::string curveOfColorSpace(const std::string& space) {
-    std::string name = space;
-    std::transform(name.begin(), name.end(), name.begin(), [](unsigned char c) { return std::tolower(c); });
+    const std::string name = lowered(space);
     const auto contains = [&name](const char* part) { return name.find(part) != std::string::npos; };
     if (contains("srgb")) {
         return "srgb";

@@ -4,12 +4,12 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <filesystem>
 #include <map>
 #include <numeric>
 
 #include "Kex/Image/LUT.h"
+#include "host/images/NameMatch.h"
 #include "host/images/PlacePixels.h"
 #include "host/images/StereoName.h"
 #include "host/movies/RunningTimecode.h"
@@ -93,9 +93,7 @@ PictureHeader headerOf(const MovieFacts& facts) {
 }  // namespace
 
 bool isMovieName(const std::string& path) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string ending = lowered(std::filesystem::path(path).extension().string());
     constexpr std::array movieEndings{".mov", ".qt",   ".mp4", ".m4v",  ".mxf", ".mkv",  ".avi",
                                       ".mpg", ".mpeg", ".mts", ".m2ts", ".ts",  ".webm", ".dv"};
     return std::find(movieEndings.begin(), movieEndings.end(), ending) != movieEndings.end();

@@ -14,6 +14,7 @@
 #include <sstream>
 #include <utility>
 
+#include "host/images/NameMatch.h"
 #include "host/render/Failure.h"
 
 namespace Corvel {
@@ -23,12 +24,6 @@ namespace fs = std::filesystem;
 
 constexpr const char* ending = ".json";
 constexpr std::size_t longestName = 100;  // bytes
-
-std::string lowered(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](unsigned char character) { return static_cast<char>(std::tolower(character)); });
-    return text;
-}
 
 std::string contentsOf(const fs::path& path) {
     std::ifstream file(path);

@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -18,6 +17,7 @@
 #include "host/colour/DisplayTags.h"
 #include "host/images/FrameRange.h"
 #include "host/images/ImageWriter.h"
+#include "host/images/NameMatch.h"
 #include "host/images/SequencePattern.h"
 #include "host/movies/MovieSource.h"
 #include "host/render/Curves.h"
@@ -80,9 +80,7 @@ std::size_t positionOf(const LookRequest& asked, const std::vector<PlannedFrame>
 }
 
 bool endsIn(const std::string& path, const std::vector<std::string>& endings) {
-    std::string ending = std::filesystem::path(path).extension().string();
-    std::transform(ending.begin(), ending.end(), ending.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const std::string ending = lowered(std::filesystem::path(path).extension().string());
     return std::find(endings.begin(), endings.end(), ending) != endings.end();
 }
 
