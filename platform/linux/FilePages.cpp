@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 
 #include <cerrno>
 
@@ -17,6 +18,34 @@ constexpr std::uint64_t leastLength = 4 * largePage;
 #ifndef MADV_COLLAPSE
 constexpr int MADV_COLLAPSE = 25;  // Linux 6.1; earlier ones refuse it
 #endif
+
+/// Whether the file system has so much room left. Without it nothing should be taken from others only to find
+/// that it is not enough.
+bool hasRoomFor(int fd, std::uint64_t bytes) {
+    struct statvfs system {};
+    return fstatvfs(fd, &system) == 0 && bytes / system.f_frsize < system.f_bavail;
+}
+
+/// The first pages of the file, as large ones, up to where the file system or the system has none; nothing is
+/// lost by that, since the rest comes in small ones. A file in memory takes a large page only when it is told
+/// to, and only where a small one is already, whose content it then holds.
+void allocateLargePages(int fd, std::uint64_t fileLength) {
+    if (fileLength < leastLength || !hasRoomFor(fd, fileLength)) {
+        return;
+    }
+    void* const place =
+        mmap(hintForLargePages(fileLength), fileLength, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    if (place == MAP_FAILED) {
+        return;
+    }
+    for (std::uint64_t begin = 0; begin + largePage <= fileLength; begin += largePage) {
+        if (fallocate(fd, 0, static_cast<off_t>(begin), 1) != 0 ||
+            madvise(static_cast<char*>(place) + begin, largePage, MADV_COLLAPSE) != 0) {
+            break;
+        }
+    }
+    munmap(place, fileLength);
+}
 
 }  // namespace
 
@@ -34,6 +63,7 @@ bool allocateFileBlocks(int fd, std::uint64_t length) {
     if (complete && fileLength >= length) {
         return true;
     }
+    allocateLargePages(fd, fileLength);
     int error = 0;
     do {
         error = posix_fallocate(fd, 0, static_cast<off_t>(length));
@@ -60,10 +90,6 @@ void* hintForLargePages(std::uint64_t length) {
     munmap(place, room);
     const std::uint64_t beyond = reinterpret_cast<std::uintptr_t>(place) % largePage;
     return static_cast<char*>(place) + (largePage - beyond) % largePage;
-}
-
-void gatherIntoLargePages(void* address, std::uint64_t length) {
-    madvise(address, length, MADV_COLLAPSE);
 }
 
 }  // namespace Morvane::Platform

@@ -38,6 +38,4 @@ void* hintForLargePages(std::uint64_t) {
     return nullptr;
 }
 
-void gatherIntoLargePages(void*, std::uint64_t) {}
-
 }  // namespace Morvane::Platform

@@ -11,7 +11,6 @@
 #include <system_error>
 #include <vector>
 
-#include "platform/FilePages.h"
 #include "processbridge/NamedSemaphore.h"
 #include "processbridge/SharedMemoryFile.h"
 #include "worker/Status.h"
@@ -26,11 +25,6 @@ namespace {
 
 /// No text that a host sends is anywhere near as long; what is longer is not copied.
 constexpr std::uint64_t longestText = std::uint64_t{64} << 20;
-
-/// Requests after which so much data is known to come with every one, as frames do, and the data file's pages
-/// are worth gathering.
-constexpr int requestsBeforeGathering = 3;
-constexpr std::uint64_t leastGathered = std::uint64_t{8} << 20;
 
 /// Opening a semaphore that is not there would end the process without a word about the reason.
 void requireSemaphore(const std::string& name) {
@@ -81,26 +75,10 @@ struct BridgeEnd::Objects {
         return made.release();
     }
 
-    /// The first `bytes` bytes of the data file, mapped, are used for one more request. Large pages make the
-    /// host's next mappings cheap.
-    void noteUse(std::uint64_t bytes) {
-        if (bytes < leastGathered || bytes <= gathered)
-            return;
-        if (++largeUses > requestsBeforeGathering) {
-            Platform::gatherIntoLargePages(dataFile.data(), dataFile.size());
-            gathered = dataFile.size();
-            largeUses = 0;
-        }
-    }
-
     SharedMemoryFile dataFile;
     SharedMemoryFile requestFile;
     NamedSemaphore readySemaphore;
     NamedSemaphore doneSemaphore;
-
-private:
-    int largeUses = 0;           ///< of data that does not lie in large pages
-    std::uint64_t gathered = 0;  ///< bytes of the data file, in large pages as far as that can be
 };
 
 BridgeEnd::BridgeEnd(const ResourceNames& names) {
@@ -128,7 +106,6 @@ std::span<const std::byte> BridgeEnd::payload(std::uint64_t bytes) {
     if (length < bytes)
         throw StatusError(Status::BadArgument, "the shared data file holds " + std::to_string(length) +
                                                    " bytes, not " + std::to_string(bytes));
-    objects->noteUse(bytes);
     return {reinterpret_cast<const std::byte*>(objects->dataFile.data()), bytes};
 }
 
@@ -147,7 +124,6 @@ std::span<std::byte> BridgeEnd::grow(std::uint64_t bytes) {
         throw StatusError(Status::DiskFull,
                           "cannot make the shared data file " + std::to_string(bytes) + " bytes long");
     }
-    objects->noteUse(bytes);
     return {reinterpret_cast<std::byte*>(file.data()), bytes};
 }
 
