@@ -14,8 +14,7 @@ using LargeMemory = std::unique_ptr<std::byte, FreeLargeMemory>;
 
 /// Memory of `bytes` bytes of arbitrary content, aligned for anything, vectors included, for what is as large
 /// as a picture: it lies in large pages where the system has them, so that touching it for the first time,
-/// and looking up its addresses later, costs a fraction. Takes up to 2 MiB more than asked for. Throws
-/// std::bad_alloc.
+/// and looking up its addresses later, costs a fraction. Throws std::bad_alloc.
 LargeMemory allocateLarge(std::size_t bytes);
 
 }  // namespace Morvane::Platform

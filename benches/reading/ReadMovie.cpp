@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "benches/reading/RandomFrames.h"
+#include "platform/LargeMemory.h"
 #include "quicktime/QuickTimeCodecReaderIPCController.h"
 
 int main(int argc, char** argv) {
@@ -24,14 +25,15 @@ int main(int argc, char** argv) {
     std::int32_t width = 0, height = 0, channels = 0, numerator = 0, denominator = 0, bits = 0;
     float rate = 0;
     movie->getInfo(width, height, channels, rate, numerator, denominator, bits);
-    std::vector<float> pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4);
+    const Morvane::Platform::LargeMemory pixels = Morvane::Platform::allocateLarge(
+        static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4 * sizeof(float));
     std::vector<int> numbers(static_cast<std::size_t>(frames));
     std::iota(numbers.begin(), numbers.end(), 0);
     if (argc > 2) {
         numbers = randomFrames(std::atoi(argv[2]), frames);
     }
     for (const int number : numbers) {
-        if (movie->readFrame(number, reinterpret_cast<char*>(pixels.data())) != 0) {
+        if (movie->readFrame(number, reinterpret_cast<char*>(pixels.get())) != 0) {
             std::fprintf(stderr, "frame %d cannot be read\n", number);
             return 1;
         }

@@ -14,6 +14,7 @@
 #include "host/images/StereoName.h"
 #include "host/movies/RunningTimecode.h"
 #include "host/render/Failure.h"
+#include "platform/LargeMemory.h"
 
 namespace Corvel {
 namespace {
@@ -34,14 +35,18 @@ PictureHeader headerOfFrame(PictureHeader header, const MovieFacts& facts, int n
 class MovieFrames : public FrameReader {
 public:
     MovieFrames(MovieReader& source, const PictureHeader& all, const LUT& meaning)
-        : movie(source), header(all), curve(meaning) {}
+        : movie(source), header(all), curve(meaning) {
+        const std::size_t pixels =
+            static_cast<std::size_t>(movie.facts().width) * static_cast<std::size_t>(movie.facts().height);
+        memory = Morvane::Platform::allocateLarge(pixels * 4 * sizeof(float));
+    }
 
     PictureHeader read(int number, Picture& picture) override {
         const MovieFacts& facts = movie.facts();
-        samples.resize(static_cast<std::size_t>(facts.width) * static_cast<std::size_t>(facts.height) * 4);
-        movie.readFrame(number - 1, samples.data());
+        auto* const samples = reinterpret_cast<float*>(memory.get());
+        movie.readFrame(number - 1, samples);
         const InterleavedPixels pixels{
-            .samples = samples.data(),
+            .samples = samples,
             .window = header.data,
             .channels = 4,
             .layout = {0, 1, 2, header.hasAlpha ? 3 : -1},
@@ -57,7 +62,7 @@ private:
     MovieReader& movie;
     const PictureHeader& header;
     const LUT& curve;
-    std::vector<float> samples;  // RGBA as the movie stores it
+    Morvane::Platform::LargeMemory memory;  // RGBA floats as the movie stores them
 };
 
 // What the track that frames are read from says about its colours; it is the one with a number of frames.

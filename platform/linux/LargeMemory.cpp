@@ -12,10 +12,6 @@ namespace {
 constexpr std::size_t largePage = std::size_t{2} << 20;
 constexpr std::size_t usualAlignment = 64;  // bytes; of the widest vectors
 
-std::size_t roundedUp(std::size_t bytes, std::size_t unit) {
-    return (bytes + unit - 1) / unit * unit;
-}
-
 }  // namespace
 
 void FreeLargeMemory::operator()(void* memory) const noexcept {
@@ -23,17 +19,18 @@ void FreeLargeMemory::operator()(void* memory) const noexcept {
 }
 
 LargeMemory allocateLarge(std::size_t bytes) {
-    const std::size_t unit = bytes < 2 * largePage ? usualAlignment : largePage;
-    const std::size_t length = roundedUp(bytes == 0 ? 1 : bytes, unit);
-    LargeMemory memory(static_cast<std::byte*>(std::aligned_alloc(unit, length)));
-    if (!memory) {
+    const bool large = bytes >= largePage;
+    const std::size_t alignment = large ? largePage : usualAlignment;
+    void* memory = nullptr;
+    if (posix_memalign(&memory, alignment, bytes == 0 ? 1 : bytes) != 0) {
         throw std::bad_alloc();
     }
-    if (unit == largePage) {
-        // A system that is set never to use large pages goes on with small ones.
-        madvise(memory.get(), length, MADV_HUGEPAGE);
+    if (large) {
+        // The rest beyond the last whole large page stays in small ones, as does everything on a system that
+        // is set never to use large ones.
+        madvise(memory, bytes / largePage * largePage, MADV_HUGEPAGE);
     }
-    return memory;
+    return LargeMemory(static_cast<std::byte*>(memory));
 }
 
 }  // namespace Morvane::Platform

@@ -9,6 +9,8 @@ extern "C" {
 
 #include <fmt/format.h>
 
+#include <bit>
+#include <cerrno>
 #include <cstdlib>
 #include <new>
 
@@ -49,10 +51,28 @@ EncoderContext::EncoderContext(const EncodingPlan& encodingPlan) : plan(encoding
     context.reset(avcodec_alloc_context3(encoder));
     if (!context)
         throw std::bad_alloc();
+    context->opaque = this;
+    context->get_encode_buffer = givePacketBuffer;
     configure();
     open();
     if (plan.codec->bitstreamFilter)
         openFilter();
+}
+
+AVBufferRef* EncoderContext::takePacketBuffer(std::size_t bytes) {
+    // Packets differ in size, buffers should not.
+    return packetMemory.take(std::bit_ceil(bytes + AV_INPUT_BUFFER_PADDING_SIZE));
+}
+
+int EncoderContext::givePacketBuffer(AVCodecContext* encoder, AVPacket* packet, int flags) {
+    if ((encoder->codec->capabilities & AV_CODEC_CAP_DR1) == 0)
+        return avcodec_default_get_encode_buffer(encoder, packet, flags);
+    packet->buf = static_cast<EncoderContext*>(encoder->opaque)
+                      ->takePacketBuffer(static_cast<std::size_t>(packet->size));
+    if (packet->buf == nullptr)
+        return AVERROR(ENOMEM);
+    packet->data = packet->buf->data;
+    return 0;
 }
 
 void EncoderContext::configure() {

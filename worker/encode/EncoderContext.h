@@ -2,6 +2,7 @@
 
 #include "worker/LibavPointers.h"
 #include "worker/codec/EncodingPlan.h"
+#include "worker/picture/BufferPool.h"
 
 namespace Morvane::Worker {
 
@@ -27,7 +28,13 @@ public:
     /// (CodecFailed).
     virtual PacketPointer receive();
 
+protected:
+    /// Memory for a packet of up to `bytes` bytes and the padding behind it; null where there is none. Any
+    /// thread.
+    AVBufferRef* takePacketBuffer(std::size_t bytes);
+
 private:
+    static int givePacketBuffer(AVCodecContext* encoder, AVPacket* packet, int flags);
     void configure();
     void setColour();
     void setQuantiser(const std::string& value);
@@ -36,6 +43,7 @@ private:
     [[noreturn]] void fail(const char* what, int error) const;
 
     const EncodingPlan plan;
+    BufferPool packetMemory;
     CodecPointer context;
     FilterPointer filter;
 };

@@ -134,9 +134,6 @@ PngEncoder::PngEncoder(const EncodingPlan& plan)
       compressor(libdeflate_alloc_compressor(compressionLevel)) {
     if (!compressor || mostPacketBytes() > INT32_MAX)
         throw std::bad_alloc();
-    packetMemory.reset(av_buffer_pool_init(mostPacketBytes() + AV_INPUT_BUFFER_PADDING_SIZE, nullptr));
-    if (!packetMemory)
-        throw std::bad_alloc();
 }
 
 PngEncoder::~PngEncoder() = default;
@@ -171,9 +168,9 @@ std::size_t PngEncoder::mostPacketBytes() const {
 }
 
 /// The filtered picture as a packet: the head, one chunk of compressed data, the end.
-PacketPointer PngEncoder::packed() const {
+PacketPointer PngEncoder::packed() {
     PacketPointer packet(av_packet_alloc());
-    if (!packet || !(packet->buf = av_buffer_pool_get(packetMemory.get())))
+    if (!packet || !(packet->buf = takePacketBuffer(mostPacketBytes())))
         throw std::bad_alloc();
     packet->data = packet->buf->data;
     std::copy(head.begin(), head.end(), packet->data);

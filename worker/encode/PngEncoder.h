@@ -7,10 +7,6 @@
 
 #include "worker/encode/EncoderContext.h"
 
-extern "C" {
-#include <libavutil/buffer.h>
-}
-
 struct libdeflate_compressor;
 
 namespace Morvane::Worker {
@@ -36,13 +32,9 @@ private:
         void operator()(libdeflate_compressor* compressor) const;
     };
 
-    struct FreePool {
-        void operator()(AVBufferPool* pool) const { av_buffer_pool_uninit(&pool); }
-    };
-
     std::size_t mostPacketBytes() const;
     void filter(const AVFrame& frame);
-    PacketPointer packed() const;
+    PacketPointer packed();
 
     const std::size_t height;      // rows
     const std::size_t pixelBytes;  // of one pixel
@@ -50,7 +42,6 @@ private:
     const std::vector<std::uint8_t> head;  ///< signature and chunks up to the picture's
     std::vector<std::uint8_t> filtered;    ///< for each row its filter's number and the differences
     std::unique_ptr<libdeflate_compressor, FreeCompressor> compressor;
-    std::unique_ptr<AVBufferPool, FreePool> packetMemory;  ///< used again and again: fresh pages cost time
     PacketPointer waiting;
 };
 

@@ -31,36 +31,27 @@ PicturePool::PicturePool(const EncodingPlan& encodingPlan) : plan(encodingPlan) 
     const int height = AV_CEIL_RSHIFT(plan.height, description.log2_chroma_h) << description.log2_chroma_h;
     if (av_image_fill_linesizes(linesizes, format, width) < 0)
         throw std::bad_alloc();
-    std::size_t size = 0;
     for (int plane = 0; plane < 4 && linesizes[plane] > 0; ++plane) {
         const bool chroma = plane == 1 || plane == 2;
         linesizes[plane] = alignedUp(linesizes[plane]);
-        offsets[plane] = size;
-        size += static_cast<std::size_t>(linesizes[plane]) *
-                ((chroma ? height >> description.log2_chroma_h : height) + rowsOfSlack);
+        offsets[plane] = bytes;
+        bytes += static_cast<std::size_t>(linesizes[plane]) *
+                 ((chroma ? height >> description.log2_chroma_h : height) + rowsOfSlack);
     }
     if (description.flags & AV_PIX_FMT_FLAG_PAL) {
-        offsets[1] = size;
+        offsets[1] = bytes;
         linesizes[1] = 4;
-        size += paletteBytes;
+        bytes += paletteBytes;
     }
-    pool = av_buffer_pool_init(size + slack + alignment, nullptr);
-    if (!pool)
-        throw std::bad_alloc();
-}
-
-PicturePool::~PicturePool() {
-    av_buffer_pool_uninit(&pool);
+    bytes += slack;
 }
 
 FramePointer PicturePool::take() {
     FramePointer frame(av_frame_alloc());
-    if (!frame || !(frame->buf[0] = av_buffer_pool_get(pool)))
+    if (!frame || !(frame->buf[0] = pool.take(bytes)))
         throw std::bad_alloc();
-    const auto start = reinterpret_cast<std::uintptr_t>(frame->buf[0]->data);
-    std::uint8_t* aligned = frame->buf[0]->data + (alignment - start % alignment) % alignment;
     for (int plane = 0; plane < 4 && linesizes[plane] > 0; ++plane) {
-        frame->data[plane] = aligned + offsets[plane];
+        frame->data[plane] = frame->buf[0]->data + offsets[plane];
         frame->linesize[plane] = linesizes[plane];
     }
     frame->format = plan.picture->format;

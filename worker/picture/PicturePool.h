@@ -2,10 +2,7 @@
 
 #include "worker/LibavPointers.h"
 #include "worker/codec/EncodingPlan.h"
-
-extern "C" {
-#include <libavutil/buffer.h>
-}
+#include "worker/picture/BufferPool.h"
 
 namespace Morvane::Worker {
 
@@ -15,9 +12,6 @@ namespace Morvane::Worker {
 class PicturePool {
 public:
     explicit PicturePool(const EncodingPlan& plan);
-    ~PicturePool();
-    PicturePool(const PicturePool&) = delete;
-    PicturePool& operator=(const PicturePool&) = delete;
 
     /// A writable picture with size, format, colour tags, field order and pixel aspect set; its samples are
     /// those of an earlier picture. Throws std::bad_alloc.
@@ -27,7 +21,8 @@ private:
     const EncodingPlan plan;
     int linesizes[4] = {};
     std::size_t offsets[4] = {};
-    AVBufferPool* pool = nullptr;
+    std::size_t bytes = 0;  // of a picture
+    BufferPool pool;
 };
 
 }  // namespace Morvane::Worker

@@ -13,7 +13,7 @@ FrameDecoder::FrameDecoder(SharedSource movie, const FrameIndex& frameIndex)
     : source(std::move(movie)),
       index(frameIndex),
       input(std::make_unique<MovieInput>(source)),
-      decoder(openDecoder(input->video(), source->path)),
+      decoder(openDecoder(input->video(), source->path, pictures)),
       packet(requireMemory(av_packet_alloc())) {
     startAt(0);
 }

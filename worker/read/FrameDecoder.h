@@ -7,6 +7,7 @@
 #include <string>
 
 #include "worker/LibavPointers.h"
+#include "worker/picture/BufferPool.h"
 #include "worker/read/FrameIndex.h"
 #include "worker/read/MovieInput.h"
 
@@ -56,6 +57,7 @@ private:
     const SharedSource source;
     const FrameIndex& index;
     std::unique_ptr<MovieInput> input;
+    BufferPool pictures{BufferPool::Fresh::Zero};  ///< what no decoder has written is black
     CodecPointer decoder;
     PacketPointer packet;
     bool hasPacket = false;  ///< `packet` is the one at `nextPacket`, read already

@@ -10,13 +10,13 @@ namespace Morvane::Worker {
 namespace {
 
 /// Frames decoded before the host asks for them.
-constexpr std::size_t framesAhead = 12;
+constexpr std::size_t framesAhead = 6;
 /// How far apart two frames are at most that a host asks for one after the other in one direction.
 constexpr std::size_t longestStep = 8;
 /// Walking backwards, this many frames before the wanted one are decoded with it.
 constexpr std::size_t framesBehind = 8;
 /// In either direction, this many frames that the host has left behind are kept.
-constexpr std::size_t framesLeft = 4;
+constexpr std::size_t framesLeft = 2;
 /// A key packet no further ahead than this is reached by decoding on, since starting anew costs as much.
 constexpr std::size_t shortestJump = 4;
 /// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for

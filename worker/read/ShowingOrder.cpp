@@ -24,7 +24,8 @@ void takeFrames(AVCodecContext& decoder, AVFrame& frame, std::vector<std::size_t
 
 std::vector<std::size_t> showingOrderByDecoding(const SharedSource& source) {
     MovieInput input(source);
-    const CodecPointer decoder = openDecoder(input.video(), source->path);
+    BufferPool pictures(BufferPool::Fresh::Zero);
+    const CodecPointer decoder = openDecoder(input.video(), source->path, pictures);
     const PacketPointer packet(requireMemory(av_packet_alloc()));
     const FramePointer frame(requireMemory(av_frame_alloc()));
     std::vector<std::size_t> order;

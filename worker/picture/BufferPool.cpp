@@ -1,0 +1,57 @@
+#include "worker/picture/BufferPool.h"
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+
+#include "platform/LargeMemory.h"
+
+namespace Morvane::Worker {
+
+namespace {
+
+void freeBuffer(void*, std::uint8_t* data) {
+    Platform::FreeLargeMemory()(data);
+}
+
+AVBufferRef* allocateArbitrary(std::size_t bytes) try {
+    Platform::LargeMemory memory = Platform::allocateLarge(bytes);
+    AVBufferRef* buffer =
+        av_buffer_create(reinterpret_cast<std::uint8_t*>(memory.get()), bytes, freeBuffer, nullptr, 0);
+    if (buffer != nullptr)
+        memory.release();
+    return buffer;
+} catch (const std::bad_alloc&) {
+    return nullptr;
+}
+
+AVBufferRef* allocateZero(std::size_t bytes) {
+    AVBufferRef* buffer = allocateArbitrary(bytes);
+    if (buffer != nullptr)
+        std::memset(buffer->data, 0, bytes);
+    return buffer;
+}
+
+}  // namespace
+
+BufferPool::~BufferPool() {
+    av_buffer_pool_uninit(&pool);
+}
+
+AVBufferRef* BufferPool::take(std::size_t bytes) {
+    const std::lock_guard lock(mutex);
+    if (bytes > bufferBytes) {
+        av_buffer_pool_uninit(&pool);
+        pool = av_buffer_pool_init(bytes, fresh == Fresh::Zero ? allocateZero : allocateArbitrary);
+        bufferBytes = bytes;
+    }
+    AVBufferRef* buffer = pool == nullptr ? nullptr : av_buffer_pool_get(pool);
+    if (buffer == nullptr) {
+        // There may be room for a smaller one.
+        av_buffer_pool_uninit(&pool);
+        bufferBytes = 0;
+    }
+    return buffer;
+}
+
+}  // namespace Morvane::Worker
