@@ -59,6 +59,11 @@ void scaleRow(const Sample* samples, std::size_t count, float black, float range
 
 template <typename Sample>
 void blendRows(const WeightedRows<Sample>& rows, std::size_t count, float neutral, float* row) {
+    // A single row: chroma that is not subsampled downwards, or lies where the row does.
+    if (rows.used == 1 && rows.weights[0] == 1)
+        return forVectors(count, [&](auto floats, std::size_t x) {
+            hn::StoreU(hn::Sub(load(floats, rows.rows[0] + x), hn::Set(floats, neutral)), floats, row + x);
+        });
     forVectors(count, [&](auto floats, std::size_t x) {
         auto sum = hn::Set(floats, -neutral);
         for (int i = 0; i < rows.used; ++i)
@@ -67,21 +72,30 @@ void blendRows(const WeightedRows<Sample>& rows, std::size_t count, float neutra
     });
 }
 
-/// One of the samples that a chroma sample becomes; `first` is its first neighbour.
-template <class Floats>
+/// One of the samples that a chroma sample becomes, from the neighbours from `firstTap` on; `first` is the
+/// first of all.
+template <int firstTap, class Floats>
 HWY_INLINE hn::Vec<Floats> interpolated(Floats floats, const float* first, const float* weights) {
-    auto sum = hn::Mul(hn::LoadU(floats, first), hn::Set(floats, weights[0]));
-    for (int tap = 1; tap < ChromaInterpolation::taps; ++tap)
+    auto sum = hn::Mul(hn::LoadU(floats, first + firstTap), hn::Set(floats, weights[firstTap]));
+    for (int tap = firstTap + 1; tap < ChromaInterpolation::taps; ++tap)
         sum = hn::MulAdd(hn::LoadU(floats, first + tap), hn::Set(floats, weights[tap]), sum);
     return sum;
 }
 
 void doubleRow(const float* chroma, std::size_t count, const ChromaInterpolation& interpolation, float* row) {
+    const float* even = interpolation.weights[0].data();
+    const float* odd = interpolation.weights[1].data();
+    // The usual place of chroma samples: the even pixels' are theirs, the odd ones' have four neighbours.
+    if (even[ChromaInterpolation::margin] == 1 && odd[0] == 0)
+        return forVectors(count, [&](auto floats, std::size_t x) {
+            hn::StoreInterleaved2(hn::LoadU(floats, chroma + x),
+                                  interpolated<1>(floats, chroma + x - ChromaInterpolation::margin, odd),
+                                  floats, row + 2 * x);
+        });
     forVectors(count, [&](auto floats, std::size_t x) {
         const float* first = chroma + x - ChromaInterpolation::margin;
-        hn::StoreInterleaved2(interpolated(floats, first, interpolation.weights[0].data()),
-                              interpolated(floats, first, interpolation.weights[1].data()), floats,
-                              row + 2 * x);
+        hn::StoreInterleaved2(interpolated<0>(floats, first, even), interpolated<0>(floats, first, odd),
+                              floats, row + 2 * x);
     });
 }
 
