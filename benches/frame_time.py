@@ -24,7 +24,7 @@ PARTS = [
     ("curve (to_float)", r"^corvel libKexImage", "#228833"),
     ("host: kernel", r"^corvel \[kernel", "#bbbbbb"),
     ("host: other", r"^corvel ", "#dddddd"),
-    ("conversion", r"^Corvel\S* (Corvel|libzimg|libhwy)", "#ccbb44"),
+    ("conversion", r"^Corvel\S* (Corvel|libhwy)", "#ccbb44"),
     ("encoder", r"^Corvel\S* (libav|libx26|libz\.|libdeflate|libopenjp|libswscale)", "#ee6677"),
     ("helper: kernel", r"^Corvel\S* \[kernel", "#aaaaaa"),
     ("helper: other", r"^Corvel\S* ", "#cccccc"),

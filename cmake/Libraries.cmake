@@ -17,7 +17,6 @@ endforeach()
 set_target_properties(OpenImageIO::OpenImageIO PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${oiio_includes}")
 
 pkg_check_modules(libav REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
-pkg_check_modules(zimg REQUIRED IMPORTED_TARGET zimg)
 pkg_check_modules(openexr REQUIRED IMPORTED_TARGET OpenEXR)
 pkg_check_modules(deflate REQUIRED IMPORTED_TARGET libdeflate)
 pkg_check_modules(tiff REQUIRED IMPORTED_TARGET libtiff-4)

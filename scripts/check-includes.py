@@ -30,7 +30,6 @@ ALLOWED = {
 # Libraries that belong to one side: the pattern of their headers, and the layers that may include them.
 LIBRARIES = [
     ("codec library", r"lib(av\w+|sw\w+|postproc)/", {"worker"}),
-    ("conversion library", r"zimg", {"worker"}),
     ("video output library", r"SDL", {"worker"}),
     ("image library", r"(OpenImageIO|OpenEXR|Imath)/|openexr|Imf|tiffio|png\.h|jpeglib", {"host"}),
     ("text library", r"pango/|cairo|fontconfig/|hb\.h|ft2build", {"host"}),

@@ -50,7 +50,7 @@ public:
 
     void convert(const RowSource& rows, int firstRow, int rowCount, int member, AVFrame& target) override {
         for (int y = firstRow; y < firstRow + rowCount; ++y) {
-            const float* pixels = rows.pixels(y, 0, plan.width, scratch[member]);
+            const float* pixels = rows.pixels(y, scratch[member]);
             std::uint8_t* out = target.data[0] + static_cast<std::ptrdiff_t>(y) * target.linesize[0];
             for (int x = 0; x < plan.width; ++x)
                 out[x] = nearestPaletteIndex(pixels[4 * x], pixels[4 * x + 1], pixels[4 * x + 2]);

@@ -12,14 +12,13 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-const float* RowSource::pixels(int y, int left, int right, std::vector<float>& scratch) const {
-    const std::size_t row = std::min(y, plan.height - 1);
-    const float* source = rgba + 4 * (row * plan.width + left);
+const float* RowSource::pixels(int y, std::vector<float>& scratch) const {
+    const auto width = static_cast<std::size_t>(plan.width);
+    const float* source = rgba + 4 * static_cast<std::size_t>(y) * width;
     if (plan.alpha != AlphaMode::Straight)
         return source;
-    const std::size_t count = right - left;
-    scratch.resize(std::max(scratch.size(), 4 * count));
-    divideAlphaOut(source, scratch.data(), count, plan.curve);
+    scratch.resize(4 * width);
+    divideAlphaOut(source, scratch.data(), width, plan.curve);
     return scratch.data();
 }
 

@@ -40,7 +40,7 @@ public:
 
     void convert(const RowSource& rows, int firstRow, int rowCount, int member, AVFrame& target) override {
         for (int y = firstRow; y < firstRow + rowCount; ++y) {
-            const float* row = rows.pixels(y, 0, plan.width, scratch[member]);
+            const float* row = rows.pixels(y, scratch[member]);
             if (format.flags & AV_PIX_FMT_FLAG_PLANAR)
                 convertPlanes(row, y, target);
             else

@@ -108,11 +108,6 @@ std::size_t planes(const float* HWY_RESTRICT rgba, Sample* const out[4], std::si
     return whole;
 }
 
-HWY_INLINE FloatVector limited(FloatVector value, FloatVector lowest, FloatVector highest) {
-    const auto number = hn::IfThenZeroElse(hn::IsNaN(value), value);
-    return hn::Min(hn::Max(number, lowest), highest);
-}
-
 std::size_t rgb8(const float* rgba, std::uint8_t* out, std::size_t width) {
     return threeChannels<std::uint8_t, false>(rgba, out, width);
 }
@@ -139,20 +134,6 @@ std::size_t planes16(const float* rgba, std::uint16_t* const out[4], std::size_t
     return planes(rgba, out, width, highest);
 }
 
-std::size_t split(const float* HWY_RESTRICT rgba, float* const out[3], std::size_t width, Limits limits) {
-    const std::size_t whole = wholeVectors(width);
-    const auto lowest = hn::Set(floats, limits.lowest);
-    const auto highest = hn::Set(floats, limits.highest);
-    for (std::size_t x = 0; x < whole; x += hn::Lanes(floats)) {
-        FloatVector r, g, b, a;
-        hn::LoadInterleaved4(floats, rgba + 4 * x, r, g, b, a);
-        hn::StoreU(limited(r, lowest, highest), floats, out[0] + x);
-        hn::StoreU(limited(g, lowest, highest), floats, out[1] + x);
-        hn::StoreU(limited(b, lowest, highest), floats, out[2] + x);
-    }
-    return whole;
-}
-
 }  // namespace Morvane::Worker::RowKernels::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -168,7 +149,6 @@ HWY_EXPORT(rgba16);
 HWY_EXPORT(rgba16Swapped);
 HWY_EXPORT(planes8);
 HWY_EXPORT(planes16);
-HWY_EXPORT(split);
 
 void rgb8(const float* rgba, std::uint8_t* out, std::size_t width) {
     const std::size_t done = HWY_DYNAMIC_DISPATCH(rgb8)(rgba, out, width);
@@ -222,11 +202,6 @@ void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t wid
     const std::size_t done = HWY_DYNAMIC_DISPATCH(planes16)(rgba, planes, width, highest);
     Scalar::planes16(rgba + 4 * done, RestOfPlanes<std::uint16_t>(planes, 4, done).rest, width - done,
                      highest);
-}
-
-void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits) {
-    const std::size_t done = HWY_DYNAMIC_DISPATCH(split)(rgba, planes, width, limits);
-    Scalar::split(rgba + 4 * done, RestOfPlanes<float>(planes, 3, done).rest, width - done, limits);
 }
 
 }  // namespace Morvane::Worker::RowKernels

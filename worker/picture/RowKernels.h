@@ -29,16 +29,6 @@ void rgba16Swapped(const float* rgba, std::uint16_t* out, std::size_t width, Alp
 void planes8(const float* rgba, std::uint8_t* const planes[4], std::size_t width);
 void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t width, float highest);
 
-/// The values that a picture can hold.
-struct Limits {
-    float lowest;
-    float highest;
-};
-
-/// R, G and B as planes of floats within the limits, for a conversion to YCbCr that goes on with them.
-/// Limited here, since limiting luma and chroma afterwards would change the hue of what is too bright.
-void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits);
-
 namespace Scalar {
 void rgb8(const float* rgba, std::uint8_t* out, std::size_t width);
 void rgb16(const float* rgba, std::uint16_t* out, std::size_t width);
@@ -48,7 +38,6 @@ void rgba16(const float* rgba, std::uint16_t* out, std::size_t width, AlphaPlace
 void rgba16Swapped(const float* rgba, std::uint16_t* out, std::size_t width, AlphaPlace place, bool opaque);
 void planes8(const float* rgba, std::uint8_t* const planes[4], std::size_t width);
 void planes16(const float* rgba, std::uint16_t* const planes[4], std::size_t width, float highest);
-void split(const float* rgba, float* const planes[3], std::size_t width, Limits limits);
 }  // namespace Scalar
 
 }  // namespace Morvane::Worker::RowKernels

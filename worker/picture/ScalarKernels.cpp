@@ -87,13 +87,4 @@ void planes16(const float* rgba, std::uint16_t* const out[4], std::size_t width,
     planes(rgba, out, width, highest);
 }
 
-void split(const float* rgba, float* const out[3], std::size_t width, Limits limits) {
-    for (std::size_t channel = 0; channel < 3; ++channel)
-        for (std::size_t x = 0; x < width; ++x) {
-            const float value = rgba[4 * x + channel];
-            out[channel][x] =
-                std::min(std::max(std::isnan(value) ? 0.0F : value, limits.lowest), limits.highest);
-        }
-}
-
 }  // namespace Morvane::Worker::RowKernels::Scalar

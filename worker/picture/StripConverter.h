@@ -11,15 +11,14 @@ extern "C" {
 
 namespace Morvane::Worker {
 
-/// The rows of one float picture as a conversion wants them: straight or premultiplied, and endless at the
-/// bottom, where pictures of subsampled chroma need a row or column more than the picture has.
+/// The rows of one float picture as a conversion wants them: straight or premultiplied.
 class RowSource {
 public:
     RowSource(const EncodingPlan& encodingPlan, const float* pixels) : plan(encodingPlan), rgba(pixels) {}
 
-    /// Pixels [left, right) of row `y`, 4 floats each, RGBA; of the last row for any `y` below the picture.
-    /// `scratch` may be used for them and then holds them until its next use.
-    const float* pixels(int y, int left, int right, std::vector<float>& scratch) const;
+    /// Row `y`, 4 floats a pixel, RGBA. `scratch` may be used for them and then holds them until its next
+    /// use.
+    const float* pixels(int y, std::vector<float>& scratch) const;
 
 private:
     const EncodingPlan& plan;
@@ -42,7 +41,7 @@ public:
 /// For RGB in any layout: own kernels, one pass.
 std::unique_ptr<StripConverter> makeRgbConverter(const EncodingPlan& plan, int members);
 
-/// For YCbCr: rows are split into planes and handed to zimg while they are in the cache.
+/// For YCbCr: own kernels, row by row; what lies between the floats and the samples stays in the cache.
 std::unique_ptr<StripConverter> makeYcbcrConverter(const EncodingPlan& plan, int members);
 
 /// For the fixed palette.

@@ -9,28 +9,13 @@
 
 #include <hwy/highway.h>
 
+#include "worker/picture/ForVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace Morvane::Worker::FloatKernels::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
-
-/// Calls `work(tag, x)` for vectors that together cover 0…count. The last one overlaps the one before; rows
-/// shorter than a vector are done value by value. So `work` must not read what it has written.
-template <class Work>
-HWY_INLINE void forVectors(std::size_t count, const Work& work) {
-    const hn::ScalableTag<float> whole;
-    const std::size_t step = hn::Lanes(whole);
-    if (count < step) {
-        const hn::CappedTag<float, 1> single;
-        for (std::size_t x = 0; x < count; ++x)
-            work(single, x);
-        return;
-    }
-    for (std::size_t x = 0; x + step <= count; x += step)
-        work(whole, x);
-    if (count % step != 0)
-        work(whole, count - step);
-}
+using Worker::HWY_NAMESPACE::forVectors;
 
 template <class Floats, typename Sample>
 HWY_INLINE hn::Vec<Floats> load(Floats floats, const Sample* samples) {

@@ -5,41 +5,13 @@ extern "C" {
 }
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "worker/Status.h"
+#include "worker/picture/LumaWeights.h"
 
 namespace Morvane::Worker {
-
-namespace {
-
-/// What luma has of red and of blue.
-struct LumaWeights {
-    double red, blue;
-};
-
-LumaWeights lumaWeights(AVColorSpace space) {
-    switch (space) {
-        case AVCOL_SPC_BT709:
-            return {0.2126, 0.0722};
-        case AVCOL_SPC_FCC:
-            return {0.30, 0.11};
-        case AVCOL_SPC_BT470BG:
-        case AVCOL_SPC_SMPTE170M:
-            return {0.299, 0.114};
-        case AVCOL_SPC_SMPTE240M:
-            return {0.212, 0.087};
-        case AVCOL_SPC_BT2020_NCL:
-        case AVCOL_SPC_BT2020_CL:
-            return {0.2627, 0.0593};
-        default:
-            throw StatusError(Status::NotSupportedByCodec, std::string("pictures of colour matrix ") +
-                                                               av_color_space_name(space) +
-                                                               " cannot be converted");
-    }
-}
-
-}  // namespace
 
 YcbcrMatrix YcbcrMatrix::of(AVColorSpace space, int bits, bool fullRange) {
     const auto unit = static_cast<double>(std::uint64_t{1} << bits) / 256;
@@ -59,7 +31,12 @@ YcbcrMatrix YcbcrMatrix::of(AVColorSpace space, int bits, bool fullRange) {
         matrix.blue = chroma(-1, -1);
         return matrix;
     }
-    const auto [red, blue] = lumaWeights(space);
+    const std::optional<LumaWeights> weights = LumaWeights::of(space);
+    if (!weights)
+        throw StatusError(
+            Status::NotSupportedByCodec,
+            std::string("pictures of colour matrix ") + av_color_space_name(space) + " cannot be converted");
+    const auto [red, blue] = *weights;
     const double green = 1 - red - blue;
     matrix.red = chroma(0, 2 * (1 - red));
     matrix.green = chroma(-2 * blue * (1 - blue) / green, -2 * red * (1 - red) / green);

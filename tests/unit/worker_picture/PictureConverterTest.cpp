@@ -134,7 +134,7 @@ TEST_P(YcbcrPictures, SamplesFollowTheMatrixThatIsTagged) {
     const EncodingPlan plan = planOf(GetParam());
     const AVPixFmtDescriptor& format = *av_pix_fmt_desc_get(plan.picture->format);
     // Blocks of one colour, so that the chroma filter's neighbours are the same; their middles are looked at.
-    constexpr int block = 16;
+    constexpr int block = 24;
     std::vector<float> pixels(static_cast<std::size_t>(plan.width) * plan.height * 4);
     const auto colours = randomPixels(plan.width, plan.height);
     const auto colourAt = [&](int x, int y) { return &colours[4 * (y / block * 64 + x / block)]; };

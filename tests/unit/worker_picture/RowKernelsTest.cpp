@@ -115,21 +115,6 @@ TEST_P(RowKernels, PlanesAgreeWithTheScalarReference) {
         EXPECT_EQ(one.planes[i], other.planes[i]);
 }
 
-TEST_P(RowKernels, SplitAgreesWithTheScalarReferenceAndKeepsTheLimits) {
-    Planes<float, 3> one(width, 7.0F);
-    Planes<float, 3> other(width, 7.0F);
-    const Limits limits{-0.07F, 1.09F};
-    split(pixels.data(), one.pointers, width, limits);
-    Scalar::split(pixels.data(), other.pointers, width, limits);
-    for (std::size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(one.planes[i], other.planes[i]);
-        for (std::size_t x = 0; x < width; ++x) {
-            EXPECT_GE(one.planes[i][x], limits.lowest);
-            EXPECT_LE(one.planes[i][x], limits.highest);
-        }
-    }
-}
-
 INSTANTIATE_TEST_SUITE_P(EveryInstructionSet, RowKernels,
                          testing::Combine(testing::ValuesIn(hwy::SupportedAndGeneratedTargets()),
                                           testing::Values(0, 1, 2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33,
