@@ -60,8 +60,10 @@ EncoderContext::EncoderContext(const EncodingPlan& encodingPlan) : plan(encoding
 }
 
 AVBufferRef* EncoderContext::takePacketBuffer(std::size_t bytes) {
-    // Packets differ in size, buffers should not.
-    return packetMemory.take(std::bit_ceil(bytes + AV_INPUT_BUFFER_PADDING_SIZE));
+    // Packets differ in size; with some room to spare, buffers seldom do.
+    const std::size_t needed = bytes + AV_INPUT_BUFFER_PADDING_SIZE;
+    const std::size_t unit = std::bit_ceil(needed) / 8;
+    return packetMemory.take((needed + unit - 1) / unit * unit);
 }
 
 int EncoderContext::givePacketBuffer(AVCodecContext* encoder, AVPacket* packet, int flags) {

@@ -7,35 +7,22 @@
 
 #include <hwy/highway.h>
 
+#include "worker/picture/Rounded-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace Morvane::Worker::RowKernels::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
+using Worker::HWY_NAMESPACE::rounded;
 using Floats = hn::ScalableTag<float>;
 using FloatVector = hn::Vec<Floats>;
 
 const Floats floats;
 
-/// 0…1 as whole numbers 0…highest, rounded from the exact product, which a float cannot hold. As `highest` +
-/// 1 is a power of two, multiplying by that is exact, and so is what is left after the first guess is taken
-/// away.
-HWY_INLINE hn::Vec<hn::Rebind<std::int32_t, Floats>> rounded(FloatVector value, float highest) {
-    const auto number = hn::IfThenZeroElse(hn::IsNaN(value), value);
-    const auto limited = hn::Min(hn::Max(number, hn::Zero(floats)), hn::Set(floats, 1.0F));
-    const auto scaled = hn::Mul(limited, hn::Set(floats, highest + 1.0F));
-    const auto guess = hn::Round(hn::Sub(scaled, limited));
-    const auto rest = hn::Sub(scaled, guess);
-    const auto one = hn::Set(floats, 1.0F);
-    const auto half = hn::Set(floats, 0.5F);
-    const auto up = hn::IfThenElseZero(hn::Gt(hn::Sub(rest, half), limited), one);
-    const auto down = hn::IfThenElseZero(hn::Lt(hn::Add(rest, half), limited), one);
-    return hn::NearestInt(hn::Sub(hn::Add(guess, up), down));
-}
-
 template <typename Sample>
 HWY_INLINE auto samples(FloatVector value, float highest) {
-    return hn::DemoteTo(hn::Rebind<Sample, Floats>(), rounded(value, highest));
+    return hn::DemoteTo(hn::Rebind<Sample, Floats>(), rounded(floats, value, highest));
 }
 
 template <bool swap, class Vector>

@@ -1,7 +1,6 @@
 #include "worker/Status.h"
 #include "worker/picture/ChromaReduction.h"
 #include "worker/picture/LumaWeights.h"
-#include "worker/picture/RowKernels.h"
 #include "worker/picture/StripConverter.h"
 #include "worker/picture/YcbcrKernels.h"
 
@@ -91,14 +90,14 @@ private:
     void convertSeries(const RowSource& rows, const RowSeries& series, Buffers& buffers,
                        AVFrame& target) const;
     template <typename Sample>
-    void splitRow(const RowSource& rows, const RowSeries& series, int row, Buffers& buffers,
-                  AVFrame& target) const;
+    void convertRow(const float* pixels, int y, Buffers& buffers, AVFrame& target) const;
+    template <typename Sample>
+    void splitRow(const float* pixels, int row, int y, Buffers& buffers, AVFrame& target) const;
     void reduceAcross(Buffers& buffers, int component, int row) const;
     template <typename Sample>
     void storeChroma(const RowSeries& series, int row, Buffers& buffers, AVFrame& target) const;
     template <typename Sample>
     Sample* rowOf(AVFrame& target, int component, int y, Buffers& buffers) const;
-    void storeAlpha(const float* pixels, int y, AVFrame& target) const;
     void pack(Buffers& buffers, int y, AVFrame& target) const;
 
     const EncodingPlan& plan;
@@ -154,12 +153,19 @@ void YcbcrConverter::convert(const RowSource& rows, int firstRow, int rowCount, 
 template <typename Sample>
 void YcbcrConverter::convertSeries(const RowSource& rows, const RowSeries& series, Buffers& buffers,
                                    AVFrame& target) const {
+    const auto place = [&](int row) { return series.first + row * series.step; };
+    const auto pixels = [&](int row) { return rows.pixels(place(row), buffers.scratch); };
+    if (across.shift == 0) {
+        for (int row = 0; row < series.count; ++row)
+            convertRow<Sample>(pixels(row), place(row), buffers, target);
+        return;
+    }
     const int chromaRows = AV_CEIL_RSHIFT(series.count, format.log2_chroma_h);
     int next = 0;
     for (int row = 0; row < chromaRows; ++row) {
         const int last = (row << down.shift) + down.first + down.taps - 1;
         for (; next <= std::min(last, series.count - 1); ++next)
-            splitRow<Sample>(rows, series, next, buffers, target);
+            splitRow<Sample>(pixels(next), next, place(next), buffers, target);
         storeChroma<Sample>(series, row, buffers, target);
     }
 }
@@ -177,26 +183,33 @@ Sample* YcbcrConverter::rowOf(AVFrame& target, int component, int y, Buffers& bu
     return reinterpret_cast<Sample*>(row);
 }
 
-/// Luma and alpha of one row to their places, chroma to the ring.
+/// A row whose chroma is as large as luma.
 template <typename Sample>
-void YcbcrConverter::splitRow(const RowSource& rows, const RowSeries& series, int row, Buffers& buffers,
-                              AVFrame& target) const {
-    const int y = series.first + row * series.step;
-    const bool whole = across.shift == 0;
-    const float* const pixels = rows.pixels(y, buffers.scratch);
+void YcbcrConverter::convertRow(const float* pixels, int y, Buffers& buffers, AVFrame& target) const {
+    const bool withAlpha = format.nb_components == 4;
+    Sample* const alpha = withAlpha ? rowOf<Sample>(target, 3, y, buffers) : nullptr;
+    const Sample opaque = static_cast<Sample>((1 << format.comp[0].depth) - 1);
+    const bool stored = withAlpha && plan.alpha != AlphaMode::None;
+    YcbcrKernels::convert(
+        pixels, width, form,
+        YcbcrKernels::WholeRow<Sample>{
+            rowOf<Sample>(target, 0, y, buffers), rowOf<Sample>(target, 1, y, buffers),
+            rowOf<Sample>(target, 2, y, buffers), stored ? alpha : nullptr, static_cast<float>(opaque)});
+    if (withAlpha && !stored)
+        std::fill_n(alpha, width, opaque);
+}
+
+/// Luma of one row to its place, chroma to the ring.
+template <typename Sample>
+void YcbcrConverter::splitRow(const float* pixels, int row, int y, Buffers& buffers, AVFrame& target) const {
     Sample* const luma = rowOf<Sample>(target, 0, y, buffers);
-    YcbcrKernels::split(pixels, width, form, luma,
-                        whole ? reducedRow(buffers, 1, row) : buffers.chroma[0].data() + margin,
-                        whole ? reducedRow(buffers, 2, row) : buffers.chroma[1].data() + margin);
+    YcbcrKernels::split(pixels, width, form, luma, buffers.chroma[0].data() + margin,
+                        buffers.chroma[1].data() + margin);
     // An odd width has half a chroma sample more.
     if (isPacked() && width % 2 != 0)
         luma[width] = luma[width - 1];
-    if (format.nb_components == 4)
-        storeAlpha(pixels, y, target);
-    if (!whole) {
-        reduceAcross(buffers, 1, row);
-        reduceAcross(buffers, 2, row);
-    }
+    reduceAcross(buffers, 1, row);
+    reduceAcross(buffers, 2, row);
 }
 
 void YcbcrConverter::reduceAcross(Buffers& buffers, int component, int row) const {
@@ -221,23 +234,6 @@ void YcbcrConverter::storeChroma(const RowSeries& series, int row, Buffers& buff
     }
     if (isPacked())
         pack(buffers, y, target);
-}
-
-void YcbcrConverter::storeAlpha(const float* pixels, int y, AVFrame& target) const {
-    std::uint8_t* const row = target.data[3] + static_cast<std::ptrdiff_t>(y) * target.linesize[3];
-    auto* const wide = reinterpret_cast<std::uint16_t*>(row);
-    const int highest = (1 << format.comp[3].depth) - 1;
-    const bool opaque = plan.alpha == AlphaMode::None;
-    std::uint8_t* const planes8[4] = {nullptr, nullptr, nullptr, row};
-    std::uint16_t* const planes16[4] = {nullptr, nullptr, nullptr, wide};
-    if (highest == 255 && opaque)
-        std::fill_n(row, width, std::uint8_t{255});
-    else if (highest == 255)
-        RowKernels::planes8(pixels, planes8, width);
-    else if (opaque)
-        std::fill_n(wide, width, static_cast<std::uint16_t>(highest));
-    else
-        RowKernels::planes16(pixels, planes16, width, static_cast<float>(highest));
 }
 
 void YcbcrConverter::pack(Buffers& buffers, int y, AVFrame& target) const {

@@ -9,12 +9,14 @@
 #include <hwy/highway.h>
 
 #include "worker/picture/ForVectors-inl.h"
+#include "worker/picture/Rounded-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Morvane::Worker::YcbcrKernels::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 using Worker::HWY_NAMESPACE::forVectors;
+using Worker::HWY_NAMESPACE::rounded;
 
 template <class Floats, class Vector>
 HWY_INLINE Vector limited(Floats floats, Vector value, float lowest, float highest) {
@@ -33,30 +35,59 @@ HWY_INLINE void storeSamples(Floats floats, Vector value, const SampleForm& form
 constexpr std::size_t ahead = 512;
 constexpr std::size_t floatsOfLine = 16;
 
+/// Some pixels: luma, and chroma off neutral.
+template <class Vector>
+struct Components {
+    Vector luma, cb, cr, alpha;
+};
+
+template <class Floats>
+HWY_INLINE auto loadPixels(Floats floats, const float* rgba, const SampleForm& form) {
+    for (std::size_t line = 0; line < 4 * hn::Lanes(floats); line += floatsOfLine)
+        hwy::Prefetch(rgba + ahead + line);
+    hn::Vec<Floats> red, green, blue, alpha;
+    hn::LoadInterleaved4(floats, rgba, red, green, blue, alpha);
+    const auto channel = [&](auto value) __attribute__((always_inline)) {
+        return limited(floats, hn::IfThenZeroElse(hn::IsNaN(value), value), form.lowestRgb, form.highestRgb);
+    };
+    red = channel(red);
+    green = channel(green);
+    blue = channel(blue);
+    const auto light =
+        hn::MulAdd(green, hn::Set(floats, form.green),
+                   hn::MulAdd(red, hn::Set(floats, form.red), hn::Mul(blue, hn::Set(floats, form.blue))));
+    return Components<hn::Vec<Floats>>{
+        hn::MulAdd(light, hn::Set(floats, form.lumaScale), hn::Set(floats, form.black)),
+        hn::Mul(hn::Sub(blue, light), hn::Set(floats, form.cbScale)),
+        hn::Mul(hn::Sub(red, light), hn::Set(floats, form.crScale)), alpha};
+}
+
 template <typename Sample>
 void splitRow(const float* rgba, std::size_t width, const SampleForm& form, Sample* luma, float* cb,
               float* cr) {
     forVectors(
         width, [&](auto floats, std::size_t x) __attribute__((always_inline)) {
-            for (std::size_t line = 0; line < 4 * hn::Lanes(floats); line += floatsOfLine)
-                hwy::Prefetch(rgba + 4 * x + ahead + line);
-            hn::Vec<decltype(floats)> red, green, blue, alpha;
-            hn::LoadInterleaved4(floats, rgba + 4 * x, red, green, blue, alpha);
-            const auto channel = [&](auto value) {
-                return limited(floats, hn::IfThenZeroElse(hn::IsNaN(value), value), form.lowestRgb,
-                               form.highestRgb);
-            };
-            red = channel(red);
-            green = channel(green);
-            blue = channel(blue);
-            const auto light = hn::MulAdd(
-                green, hn::Set(floats, form.green),
-                hn::MulAdd(red, hn::Set(floats, form.red), hn::Mul(blue, hn::Set(floats, form.blue))));
-            storeSamples(floats,
-                         hn::MulAdd(light, hn::Set(floats, form.lumaScale), hn::Set(floats, form.black)),
-                         form, luma + x);
-            hn::StoreU(hn::Mul(hn::Sub(blue, light), hn::Set(floats, form.cbScale)), floats, cb + x);
-            hn::StoreU(hn::Mul(hn::Sub(red, light), hn::Set(floats, form.crScale)), floats, cr + x);
+            const auto pixels = loadPixels(floats, rgba + 4 * x, form);
+            storeSamples(floats, pixels.luma, form, luma + x);
+            hn::StoreU(pixels.cb, floats, cb + x);
+            hn::StoreU(pixels.cr, floats, cr + x);
+        });
+}
+
+template <typename Sample>
+void convertRow(const float* rgba, std::size_t width, const SampleForm& form, const WholeRow<Sample>& row) {
+    forVectors(
+        width, [&](auto floats, std::size_t x) __attribute__((always_inline)) {
+            const auto neutral = hn::Set(floats, form.neutral);
+            const auto pixels = loadPixels(floats, rgba + 4 * x, form);
+            storeSamples(floats, pixels.luma, form, row.luma + x);
+            storeSamples(floats, hn::Add(pixels.cb, neutral), form, row.cb + x);
+            storeSamples(floats, hn::Add(pixels.cr, neutral), form, row.cr + x);
+            if (row.alpha != nullptr) {
+                const hn::Rebind<Sample, decltype(floats)> narrow;
+                hn::StoreU(hn::DemoteTo(narrow, rounded(floats, pixels.alpha, row.highestAlpha)), narrow,
+                           row.alpha + x);
+            }
         });
 }
 
@@ -113,6 +144,14 @@ void split16(const float* rgba, std::size_t width, const SampleForm& form, std::
              float* cr) {
     splitRow(rgba, width, form, luma, cb, cr);
 }
+void convert8(const float* rgba, std::size_t width, const SampleForm& form,
+              const WholeRow<std::uint8_t>& row) {
+    convertRow(rgba, width, form, row);
+}
+void convert16(const float* rgba, std::size_t width, const SampleForm& form,
+               const WholeRow<std::uint16_t>& row) {
+    convertRow(rgba, width, form, row);
+}
 void store8(const float* const* rows, const float* weights, int used, std::size_t count,
             const SampleForm& form, std::uint8_t* samples) {
     storeRow(rows, weights, used, count, form, samples);
@@ -131,6 +170,8 @@ namespace Morvane::Worker::YcbcrKernels {
 
 HWY_EXPORT(split8);
 HWY_EXPORT(split16);
+HWY_EXPORT(convert8);
+HWY_EXPORT(convert16);
 HWY_EXPORT(halve);
 HWY_EXPORT(store8);
 HWY_EXPORT(store16);
@@ -142,6 +183,15 @@ void split(const float* rgba, std::size_t width, const SampleForm& form, std::ui
 void split(const float* rgba, std::size_t width, const SampleForm& form, std::uint16_t* luma, float* cb,
            float* cr) {
     HWY_DYNAMIC_DISPATCH(split16)(rgba, width, form, luma, cb, cr);
+}
+
+void convert(const float* rgba, std::size_t width, const SampleForm& form,
+             const WholeRow<std::uint8_t>& row) {
+    HWY_DYNAMIC_DISPATCH(convert8)(rgba, width, form, row);
+}
+void convert(const float* rgba, std::size_t width, const SampleForm& form,
+             const WholeRow<std::uint16_t>& row) {
+    HWY_DYNAMIC_DISPATCH(convert16)(rgba, width, form, row);
 }
 
 namespace {

@@ -28,6 +28,20 @@ void split(const float* rgba, std::size_t width, const SampleForm& form, std::ui
 void split(const float* rgba, std::size_t width, const SampleForm& form, std::uint16_t* luma, float* cb,
            float* cr);
 
+/// The same with samples of all components, for pictures whose chroma is as large as luma. `alpha` may be
+/// null; else it gets 0 to 1 as 0 to `highestAlpha`, one less than a power of two.
+template <typename Sample>
+struct WholeRow {
+    Sample* luma;
+    Sample* cb;
+    Sample* cr;
+    Sample* alpha;
+    float highestAlpha;
+};
+void convert(const float* rgba, std::size_t width, const SampleForm& form, const WholeRow<std::uint8_t>& row);
+void convert(const float* rgba, std::size_t width, const SampleForm& form,
+             const WholeRow<std::uint16_t>& row);
+
 /// `count` values out of 2^shift times as many. REQUIRES: ChromaReduction::mostTaps values can be read before
 /// and behind those of the row.
 void reduce(const float* values, std::size_t count, const ChromaReduction& reduction, float* row);

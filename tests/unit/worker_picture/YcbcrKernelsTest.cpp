@@ -34,10 +34,6 @@ protected:
         return row;
     }
 
-    static int sampleOf(double value) {
-        return static_cast<int>(std::lround(std::clamp<double>(value, form.lowest, form.highest)));
-    }
-
     template <typename Value>
     static void expectUntouchedFrom(const std::vector<Value>& row, std::size_t end) {
         for (std::size_t i = end; i < row.size(); ++i)
@@ -110,6 +106,34 @@ TEST_P(YcbcrKernels, StoreAddsRowsUpAndRoundsThem) {
         ASSERT_NEAR(samples[x], std::clamp<double>(sum, form.lowest, form.highest), 0.501) << x;
     }
     expectUntouchedFrom(samples, width);
+}
+
+TEST_P(YcbcrKernels, WholeRowsAreTheSameSamples) {
+    const std::vector<float> rgba = noise(4 * width, 6);
+    const auto filler = static_cast<std::uint16_t>(untouched);
+    std::vector<std::uint16_t> planes[4];
+    for (std::vector<std::uint16_t>& plane : planes)
+        plane.assign(width + behind, filler);
+    std::vector<std::uint16_t> luma(width), chroma(width);
+    std::vector<float> cb(width), cr(width);
+    split(rgba.data(), width, form, luma.data(), cb.data(), cr.data());
+
+    convert(rgba.data(), width, form,
+            WholeRow<std::uint16_t>{planes[0].data(), planes[1].data(), planes[2].data(), planes[3].data(),
+                                    1023});
+
+    EXPECT_TRUE(std::equal(luma.begin(), luma.end(), planes[0].begin()));
+    for (const int component : {1, 2}) {
+        const float* const rows[] = {component == 1 ? cb.data() : cr.data()};
+        const float weights[] = {1};
+        store(rows, weights, 1, width, form, chroma.data());
+        EXPECT_TRUE(std::equal(chroma.begin(), chroma.end(), planes[component].begin()));
+    }
+    for (std::size_t x = 0; x < width; ++x)
+        ASSERT_EQ(planes[3][x],
+                  std::lround(std::clamp(static_cast<double>(rgba[4 * x + 3]), 0.0, 1.0) * 1023));
+    for (const std::vector<std::uint16_t>& plane : planes)
+        expectUntouchedFrom(plane, width);
 }
 
 TEST_P(YcbcrKernels, BytesAreTheSameNumbers) {
