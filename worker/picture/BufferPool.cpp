@@ -19,7 +19,7 @@ AVBufferRef* allocateArbitrary(std::size_t bytes) try {
     AVBufferRef* buffer =
         av_buffer_create(reinterpret_cast<std::uint8_t*>(memory.get()), bytes, freeBuffer, nullptr, 0);
     if (buffer != nullptr)
-        memory.release();
+        static_cast<void>(memory.release());
     return buffer;
 } catch (const std::bad_alloc&) {
     return nullptr;
