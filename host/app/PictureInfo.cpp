@@ -231,7 +231,7 @@ void printText(const std::string& input, const PictureFacts& facts) {
         printRows(title, rows);
     }
     InfoRows attributes;
-    for (const auto& [name, value] : facts.header ? facts.header->attributes : Metadata()) {
+    for (const auto& [name, value] : facts.header ? attributesOf(*facts.header) : Metadata()) {
         attributes.emplace_back(cut(name), cut(value));
     }
     if (!attributes.empty()) {
@@ -294,7 +294,7 @@ InfoJson jsonOf(const PictureFacts& facts) {
         {"views", facts.contents.views},
         {"layers", layersOf(facts.contents, "")},
         {"parts", parts},
-        {"metadata", header.attributes}};
+        {"metadata", attributesOf(header)}};
     if (!document["rate"].is_null()) {
         document["rate"] = numberOrNull(std::strtod(entryOf(facts, "input/frame_rate").c_str(), nullptr));
     }

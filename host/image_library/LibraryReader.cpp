@@ -13,10 +13,10 @@
 #include <mutex>
 
 #include "Kex/Image/LUT.h"
-#include "host/image_library/DpxFile.h"
 #include "host/image_library/FileStatement.h"
 #include "host/image_library/LibraryContents.h"
 #include "host/images/ChannelLayout.h"
+#include "host/images/DpxFile.h"
 #include "host/images/PlacePixels.h"
 
 namespace Corvel {
@@ -162,6 +162,10 @@ OpenPicture openPicture(const std::string& path, const PictureChoice& choice) {
     }
     open.header = headerOf(open.spec, open.layout);
     open.header.picked = textOf(contents, chosen);
+    if (contents.format == "dpx" && !dpxHasIndustryPart(path)) {
+        open.header.metadata.erase("input/timecode");
+        open.header.metadata.erase("input/frame_rate");
+    }
     if (chosen.part != 0) {
         // What concerns the whole shot may be stated by the first part alone.
         open.header.metadata.merge(metadataOf(open.input->spec(0)));
@@ -277,14 +281,18 @@ PictureHeader LibraryReader::read(const std::string& path, const LUT* curve, Pic
 
 bool LibraryReader::readIntegers(const std::string& path, const OpenPicture& open, const LUT& curve,
                                  Picture& picture) {
-    if (open.part != 0 || orientationOf(open.spec) != upright) {
+    const OIIO::ImageSpec& spec = open.spec;
+    const bool whole = spec.format == OIIO::TypeUInt8 || spec.format == OIIO::TypeUInt16;
+    if (open.part != 0 || orientationOf(spec) != upright || !whole || !spec.channelformats.empty()) {
         return false;
     }
-    const IntegerPixels pixels{.channels = open.spec.nchannels,
+    const IntegerPixels pixels{.channels = spec.nchannels,
                                .layout = open.layout,
                                .straightAlpha = hasStraightAlpha(open),
                                .window = open.header.data};
-    return integers.read(path, *open.input, pixels, curve, open.header.display, picture);
+    const IntegerFile file{path,           spec.width,         spec.height,
+                           spec.nchannels, spec.format.size(), open.input->format_name()};
+    return integers.read(file, pixels, curve, open.header.display, picture);
 }
 
 void LibraryReader::readThroughLibrary(const std::string& path, const OpenPicture& open, const LUT& curve,

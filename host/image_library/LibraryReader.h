@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "host/image_library/IntegerReader.h"
 #include "host/image_library/OpenPicture.h"
 #include "host/images/ImageReader.h"
+#include "host/images/IntegerReader.h"
 
 namespace Corvel {
 

@@ -5,7 +5,6 @@
 #include <array>
 #include <cmath>
 #include <cstdlib>
-#include <limits>
 
 #include "host/images/ExrContents.h"
 #include "host/images/ExrFile.h"
@@ -109,11 +108,6 @@ bool isOrdinary(const Part& part) {
            storage == EXR_STORAGE_SCANLINE && orientation == 1;
 }
 
-bool fits(const Window& window) {
-    return window.width > 0 && window.height > 0 &&
-           16.0 * window.width * window.height <= std::numeric_limits<std::int32_t>::max();
-}
-
 // The channels that make the picture, and what they are stored as.
 void describeChannels(const FilePart& part, const ChannelLayout& layout, ExrStatement& statement) {
     const auto channel = [&](int index) -> const StoredChannel& {
@@ -136,7 +130,8 @@ std::optional<ExrStatement> stateOf(const ExrFile& file, const FileContents& con
                                     const ChosenPicture& chosen) {
     const Part part{file, chosen.part};
     const FilePart& stored = contents.parts[static_cast<std::size_t>(chosen.part)];
-    if (!isOrdinary(part) || !fits(stored.display) || !fits(stored.data)) {
+    if (!isOrdinary(part) || !isPictureSize(stored.display.width, stored.display.height) ||
+        !isPictureSize(stored.data.width, stored.data.height)) {
         return std::nullopt;
     }
     ExrStatement statement;

@@ -8,6 +8,8 @@
 #include "host/images/ExrScanlines.h"
 #include "host/images/ExrStatement.h"
 #include "host/images/ImageLibrary.h"
+#include "host/images/IntegerReader.h"
+#include "host/images/IntegerStatement.h"
 #include "host/images/PlacePixels.h"
 
 namespace Corvel {
@@ -15,18 +17,26 @@ namespace {
 
 using Kex::Image::LUT;
 
-// Reads ordinary OpenEXR files by itself, and leaves all others to the image library.
+// Reads ordinary OpenEXR files and files of whole numbers by itself, and leaves all others to the image
+// library.
 class FileReader : public ImageReader {
 public:
     explicit FileReader(PictureChoice wanted) : choice(std::move(wanted)) {}
 
     PictureHeader readHeader(const std::string& path) override {
+        if (const auto integers = stateOfIntegers(path, choice)) {
+            return integers->header;
+        }
         const ExrFile file(path);
         const std::optional<ExrStatement> statement = statementOf(file);
         return statement ? statement->header : general().readHeader(path);
     }
 
     PictureHeader read(const std::string& path, const LUT* curve, Picture& picture) override {
+        const auto stated = stateOfIntegers(path, choice);
+        if (stated && readIntegers(*stated, curve, picture)) {
+            return stated->header;
+        }
         const ExrFile file(path);
         const std::optional<ExrStatement> statement = statementOf(file);
         return statement && readOrdinary(file, *statement, curve, picture)
@@ -35,6 +45,17 @@ public:
     }
 
 private:
+    bool readIntegers(const IntegerStatement& statement, const LUT* curve, Picture& picture) {
+        const PictureHeader& header = statement.header;
+        prepareFor(header, picture);
+        const IntegerPixels pixels{.channels = statement.file.channels,
+                                   .layout = statement.layout,
+                                   .straightAlpha = statement.straightAlpha,
+                                   .window = header.data};
+        return integers.read(statement.file, pixels, *(curve ? curve : LUT::find(header.curve)),
+                             header.display, picture);
+    }
+
     std::optional<ExrStatement> statementOf(const ExrFile& file) const {
         if (!file.isOpen()) {
             return std::nullopt;
@@ -62,6 +83,7 @@ private:
     }
 
     const PictureChoice choice;
+    IntegerReader integers;
     ExrScanlines scanlines;
     std::unique_ptr<ImageReader> library;
 };
@@ -74,6 +96,12 @@ ChosenPicture chooseFrom(const std::string& path, const FileContents& contents, 
     } catch (const BadPictureChoice& reason) {
         throw UnreadableImage(fmt::format("cannot read {}: {}", path, reason.what()));
     }
+}
+
+Metadata attributesOf(const PictureHeader& header) {
+    return header.attributesIn.empty()
+               ? header.attributes
+               : imageLibrary().createReader({})->readHeader(header.attributesIn).attributes;
 }
 
 std::unique_ptr<ImageReader> createImageReader(const PictureChoice& choice) {

@@ -41,9 +41,14 @@ public:
     virtual PictureHeader read(const std::string& path, const Kex::Image::LUT* curve, Picture& picture) = 0;
 };
 
-/// The reader for any file that the image library knows, with the fast path for OpenEXR files in front of it.
+/// The reader for any file that the image library knows, with the fast paths for ordinary OpenEXR, DPX, PNG
+/// and TIFF files in front of it.
 /// A choice that a file does not have makes it unreadable; the reason says what it has.
 std::unique_ptr<ImageReader> createImageReader(const PictureChoice& choice = {});
+
+/// The texts and numbers of a file's header, of which `header` is: `header.attributes`, else read from the
+/// file now. Throws UnreadableImage, and std::runtime_error where the image library cannot be loaded.
+Metadata attributesOf(const PictureHeader& header);
 
 /// As choosePicture, for the file at `path`, which UnreadableImage names.
 ChosenPicture chooseFrom(const std::string& path, const FileContents& contents, const PictureChoice& choice);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace Corvel {
 
@@ -15,6 +16,10 @@ Window overlapOf(const Window& one, const Window& other) {
         return {left, top, 0, 0};
     }
     return {left, top, static_cast<int>(right - left), static_cast<int>(bottom - top)};
+}
+
+bool isPictureSize(int width, int height) {
+    return width > 0 && height > 0 && 16.0 * width * height <= std::numeric_limits<std::int32_t>::max();
 }
 
 void Picture::reset(int width, int height, int channels) {

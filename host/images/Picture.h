@@ -20,6 +20,10 @@ struct Window {
 /// The pixels that both have; width and height 0 where they do not meet.
 Window overlapOf(const Window& one, const Window& other);
 
+/// Whether a picture can have that size: at least one pixel, and no more than 2 GiB as four channels of
+/// floats.
+bool isPictureSize(int width, int height);
+
 /// One decoded frame: planar floats in linear light, premultiplied, one plane a channel in the order red,
 /// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows.
 ///

@@ -34,6 +34,9 @@ struct PictureHeader {
     std::string picked;  ///< which of the file's channels these are, for people
     Metadata metadata;
     Metadata attributes;  ///< texts and numbers of the file's header, by their own names there
+    /// The file that has attributes of which none is here, for nothing but people asks for them and reading
+    /// them takes the image library (attributesOf, ImageReader.h); empty where all are here.
+    std::string attributesIn;
 };
 
 }  // namespace Corvel

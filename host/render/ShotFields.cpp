@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "host/burnin/FieldNames.h"
+#include "host/images/ImageReader.h"
 #include "host/images/StereoName.h"
 #include "host/movies/MovieSource.h"
 #include "host/movies/RunningTimecode.h"
@@ -120,7 +121,8 @@ std::string ShotFields::fileAt(std::size_t position) const {
 }
 
 std::string ShotFields::metadata(const PictureHeader& header, const std::string& key) const {
-    for (const Metadata* entries : {&header.attributes, &header.metadata, &plan.metadata}) {
+    const Metadata attributes = attributesOf(header);
+    for (const Metadata* entries : {&attributes, &header.metadata, &plan.metadata}) {
         if (const std::string value = entryOf(*entries, key); !value.empty()) {
             return value;
         }

@@ -1,4 +1,4 @@
-#include "host/image_library/IntegerFile.h"
+#include "host/images/IntegerFile.h"
 
 #include <gtest/gtest.h>
 

@@ -14,13 +14,14 @@ namespace Corvel {
 /// where the file is another one than its name says, is not stored in such a way or is damaged: the library,
 /// which reads everything and gives reasons, has it then. Rows may have been placed by then.
 
-/// What the library said of the file, which must be so.
+/// What the file's header said, which must be so.
 struct IntegerFile {
     std::string path;
     int width = 0;
     int height = 0;
     int channels = 0;
-    std::size_t sampleBytes = 0;  ///< as the library gives them
+    std::size_t sampleBytes = 0;  ///< as the image library gives them: 2 for ten bits
+    std::string format{};         ///< the library's name for the kind of file: "dpx", "png" or "tiff"
 };
 
 /// Memory that is kept from file to file.
@@ -42,7 +43,12 @@ bool readTenBitDpx(const IntegerFile& file, IntegerScratch& scratch, const Integ
 /// by libdeflate.
 bool readPng(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& sink);
 
-/// TIFF: grey or RGB with or without alpha, of 8 or 16 bits, in strips, by libtiff's own calls.
+/// TIFF: grey or RGB with or without alpha, of 8 or 16 bits, in strips, by libtiff's own calls. The library
+/// is loaded by the first file; throws std::runtime_error where that fails.
 bool readTiff(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& sink);
+
+/// The one symbol of the shared library that has libtiff: a function of this type.
+using TiffLibraryEntry = bool (*)(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& sink);
+constexpr const char* tiffLibraryEntryName = "corvelReadTiff";
 
 }  // namespace Corvel

@@ -7,59 +7,36 @@
 #include <cstring>
 #include <memory>
 
-#include "host/image_library/IntegerFile.h"
-#include "host/image_library/WholeFile.h"
+#include "host/images/FileBytes.h"
+#include "host/images/IntegerFile.h"
+#include "host/images/PngHeader.h"
 
 namespace Corvel {
 namespace {
 
-constexpr std::array<unsigned char, 8> signature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-constexpr std::size_t lengthAndType = 8;
-constexpr std::size_t check = 4;
-
-std::uint32_t numberAt(const unsigned char* bytes) {
-    return std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 | std::uint32_t{bytes[2]} << 8 |
-           bytes[3];
-}
-
-struct Header {
-    std::uint32_t width = 0, height = 0;
-    int bits = 0;
-    int channels = 0;  // 0: not stored in the usual way
-};
-
-Header headerAt(const unsigned char* data) {
-    constexpr int channelsOfColourType[] = {1, 0, 3, 0, 2, 0, 4};  // palettes are left to the library
-    Header header{numberAt(data), numberAt(data + 4), data[8], 0};
-    const bool usual =
-        data[9] < std::size(channelsOfColourType) && data[10] == 0 && data[11] == 0 && data[12] == 0;
-    header.channels = usual ? channelsOfColourType[data[9]] : 0;
-    return header;
-}
-
 // The header, and the compressed pixels in one piece: chunks are moved together within the file's own bytes.
 struct Content {
-    Header header;
+    PngHeader header;
     unsigned char* compressed = nullptr;
     std::size_t compressedBytes = 0;
 };
 
 bool parse(std::vector<unsigned char>& file, Content& content) {
-    constexpr std::size_t headerBytes = 13;
-    if (file.size() < signature.size() || !std::equal(signature.begin(), signature.end(), file.begin())) {
+    if (file.size() < pngSignature.size() ||
+        !std::equal(pngSignature.begin(), pngSignature.end(), file.begin())) {
         return false;
     }
-    std::size_t at = signature.size();
-    while (at + lengthAndType + check <= file.size()) {
-        const std::size_t length = numberAt(file.data() + at);
+    std::size_t at = pngSignature.size();
+    while (at + pngBytesAround <= file.size()) {
+        const std::size_t length = pngNumberAt(file.data() + at);
         const unsigned char* const type = file.data() + at + 4;
-        unsigned char* const data = file.data() + at + lengthAndType;
-        if (length > file.size() - at - lengthAndType - check) {
+        unsigned char* const data = file.data() + at + 8;
+        if (length > file.size() - at - pngBytesAround) {
             return false;
         }
         const auto is = [&](const char* name) { return std::memcmp(type, name, 4) == 0; };
-        if (is("IHDR") && length == headerBytes) {
-            content.header = headerAt(data);
+        if (is("IHDR") && length == pngHeaderBytes) {
+            content.header = pngHeaderAt(data);
         } else if (is("tRNS")) {
             return false;
         } else if (is("IDAT")) {
@@ -69,7 +46,7 @@ bool parse(std::vector<unsigned char>& file, Content& content) {
         } else if (is("IEND")) {
             return true;
         }
-        at += lengthAndType + length + check;
+        at += pngBytesAround + length;
     }
     return false;
 }
@@ -163,7 +140,7 @@ bool readPng(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink
     if (!readWholeFile(file.path, scratch.stored) || !parse(scratch.stored, content)) {
         return false;
     }
-    const Header& header = content.header;
+    const PngHeader& header = content.header;
     if (header.channels != file.channels || static_cast<int>(header.width) != file.width ||
         static_cast<int>(header.height) != file.height || (header.bits != 8 && header.bits != 16) ||
         static_cast<std::size_t>(header.bits) != 8 * file.sampleBytes) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <memory>
 
-#include "host/image_library/IntegerFile.h"
+#include "host/images/IntegerFile.h"
 
 namespace Corvel {
 namespace {
@@ -46,9 +46,7 @@ bool isUsual(TIFF* tiff, const IntegerFile& file) {
            TIFFIsTiled(tiff) == 0;
 }
 
-}  // namespace
-
-bool readTiff(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& sink) {
+bool read(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& sink) {
     const Tiff tiff = openTiff(file.path);
     if (!tiff || !isUsual(tiff.get(), file)) {
         return false;
@@ -76,4 +74,11 @@ bool readTiff(const IntegerFile& file, IntegerScratch& scratch, const IntegerSin
     return true;
 }
 
+}  // namespace
 }  // namespace Corvel
+
+extern "C" __attribute__((visibility("default"))) bool corvelReadTiff(const Corvel::IntegerFile& file,
+                                                                      Corvel::IntegerScratch& scratch,
+                                                                      const Corvel::IntegerSink& sink) {
+    return Corvel::read(file, scratch, sink);
+}

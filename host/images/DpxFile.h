@@ -10,4 +10,8 @@ namespace Corvel {
 /// library itself.
 bool dpxIsComplete(const std::string& path);
 
+/// Whether a DPX file has the header for film and television, with time code and rate. Where it has not, the
+/// image library takes the first pixels for one.
+bool dpxHasIndustryPart(const std::string& path);
+
 }  // namespace Corvel
