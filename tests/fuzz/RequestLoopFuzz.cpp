@@ -1,10 +1,13 @@
 // The worker's whole request loop in process; MODE says in which mode. An input is a row of requests, one a
-// line, each with a payload after a tab. Every request gets exactly one answer, and none ends the loop.
+// line, each with a payload after a tab. Every request gets exactly one answer, and none ends the loop. In
+// the working folder are the small movies of the reader's own corpus, MOVIES, under their names.
 
 #include <semaphore.h>
 
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <sstream>
 
@@ -54,6 +57,8 @@ public:
           done(names.doneSemaphore, true, 0),
           bridge(names) {
         countOfAnswers = sem_open(Worker::semaphoreName(names.doneSemaphore).c_str(), 0);
+        if constexpr (MODE == Read)
+            copyMovies();
     }
 
     void ask(Worker::RequestLoop& loop, const std::string& request, const std::string& payload) {
@@ -68,6 +73,15 @@ public:
     const std::filesystem::path& folder() const { return place.folder(); }
 
 private:
+    // By its bytes alone: confined, a file's rights cannot be set.
+    void copyMovies() {
+        for (const auto& movie : std::filesystem::directory_iterator(MOVIES)) {
+            std::ofstream copy(place.folder() / movie.path().filename(), std::ios::binary);
+            if (!(copy << std::ifstream(movie.path(), std::ios::binary).rdbuf()))
+                std::abort();
+        }
+    }
+
     static void put(ProcessBridge::SharedMemoryFile& file, const std::string& text) {
         if (!file.resize(text.size() + 1))
             std::abort();
