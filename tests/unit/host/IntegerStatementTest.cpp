@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <random>
+#include <utility>
 
 #include "host/image_library/LibraryReader.h"
 #include "host/images/ImageReader.h"
@@ -384,7 +385,7 @@ TEST_F(IntegerStatementTest, AFileOfAnotherKindThanItsNameSaysIsLeftToTheLibrary
 }
 
 /// What reading a file comes to: the header's main fields and the samples, or why there is none.
-std::string outcomeOf(ImageReader& reader, const std::string& path, std::vector<float>& samples) {
+std::string outcomeOf(ImageReader&& reader, const std::string& path, std::vector<float>& samples) {
     Picture picture;
     try {
         const PictureHeader header = reader.read(path, nullptr, picture);
@@ -425,8 +426,6 @@ TEST_F(IntegerStatementTest, WhateverIsChangedInAFileBothReadersMakeTheSameOfIt)
     spec.attribute("dpx:FrameRate", 24.0f);
     const std::uint32_t timecode[2] = {0x01020304, 0};
     spec.attribute("smpte:TimeCode", OIIO::TypeTimeCode, timecode);
-    const std::unique_ptr<ImageReader> sut = createImageReader();
-    LibraryReader library;
     std::mt19937 random(7);
     for (const char* name : {"a.png", "a.tif", "a.dpx"}) {
         spec.attribute("oiio:BitsPerSample", std::strcmp(name, "a.dpx") == 0 ? 10 : 16);
@@ -449,8 +448,11 @@ TEST_F(IntegerStatementTest, WhateverIsChangedInAFileBothReadersMakeTheSameOfIt)
             writeBytes(path, bytes);
             std::vector<float> expected;
             std::vector<float> actual;
-            const std::string text = outcomeOf(library, path, expected);
-            EXPECT_EQ(outcomeOf(*sut, path, actual), text) << name << ", attempt " << attempt;
+            // New readers each time: libtiff takes a strip that is longer than its rows for a good one and
+            // leaves what it has not decoded as it was, which is what the reader read before.
+            const std::string text = outcomeOf(LibraryReader(), path, expected);
+            EXPECT_EQ(outcomeOf(std::move(*createImageReader()), path, actual), text)
+                << name << ", attempt " << attempt;
             if (stateOfIntegers(path, {})) {
                 EXPECT_EQ(actual, expected) << name << ", attempt " << attempt;
                 ++ordinary;
