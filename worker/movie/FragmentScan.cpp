@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <string>
 
 namespace Morvane::Worker {
 
@@ -29,6 +30,7 @@ constexpr std::uint32_t pictureTrack = 1;
 constexpr std::uint64_t beyondAnyFile = std::uint64_t{1} << 60;
 constexpr std::int64_t largestIndex = std::int64_t{1} << 30;
 constexpr std::uint32_t mostSamplesInARun = 10'000'000;
+constexpr std::uint32_t longestFrame = std::numeric_limits<std::int32_t>::max();  // ticks
 
 struct Defaults {
     std::int64_t base = 0;
@@ -113,8 +115,13 @@ private:
     }
 
     void keep(FragmentedMovie::Sample& sample) {
-        if (sample.stored.duration == 0) {
-            throw StatusError(Status::InputOutput, "the movie's index is damaged: a frame lasts no time");
+        if (sample.stored.duration == 0 || sample.stored.duration > longestFrame) {
+            throw StatusError(Status::InputOutput, "the movie's index is damaged: a frame lasts " +
+                                                       std::to_string(sample.stored.duration) + " ticks");
+        }
+        // Also because a few bytes could say any number of them.
+        if (sample.stored.bytes == 0) {
+            throw StatusError(Status::InputOutput, "the movie's index is damaged: a frame has no bytes");
         }
         const bool whole = sample.stored.offset >= 0 && sample.stored.offset + sample.stored.bytes <= end;
         torn = torn || !whole;

@@ -9,6 +9,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <limits>
 
 namespace Morvane::Worker {
 
@@ -160,6 +161,9 @@ void readSamples(ByteView moov, std::int64_t fileBytes, StoredMovie& movie) {
         if (sample.duration != movie.ticksPerFrame || sample.duration == 0) {
             damaged("its frames do not all last the same time");
         }
+    }
+    if (movie.ticksPerFrame > std::numeric_limits<std::int32_t>::max()) {
+        damaged("its frames last for ever");
     }
 }
 

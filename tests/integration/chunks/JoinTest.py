@@ -101,6 +101,14 @@ class Join(Movies.MoviesTest):
         chunks[2].write_bytes(damaged)
         self.expect_refused(chunks, "chunk1007.mov: it is damaged: its last frame")
 
+    def test_a_frame_longer_than_a_time_code_can_count_is_refused(self):
+        chunk = self.render("one.mov", 1001, 1001, *MOVIE)
+        damaged = bytearray(chunk.read_bytes())
+        duration = damaged.index(b"stts") + 16
+        damaged[duration:duration + 4] = b"\x80\0\0\0"
+        chunk.write_bytes(damaged)
+        self.expect_refused([chunk], "one.mov: the movie's index is damaged: its frames last for ever")
+
     def test_what_is_no_movie_is_refused(self):
         self.expect_refused([self.source.parent / "in.1001.png", *self.chunks()], "in.1001.png", "no movie")
 

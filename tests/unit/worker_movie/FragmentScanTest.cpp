@@ -126,7 +126,12 @@ TEST(FragmentScanTest, AnIndexThatContradictsItselfIsRefused) {
     endless.count = 0xFFFFFFFF;
     Fragment timeless;
     timeless.duration = 0;
-    for (const Fragment& fragment : {tooFew, endless, timeless}) {
+    // A time code's sample that counts such frames would have room for none.
+    Fragment everlasting;
+    everlasting.duration = 0x80000000;
+    Fragment empty;
+    empty.sizes = {5, 0};
+    for (const Fragment& fragment : {tooFew, endless, timeless, everlasting, empty}) {
         const OutputFile file = scratch.with(joined({header(), bytesOf(fragment)}));
         EXPECT_THROW(scanFragments(file), StatusError);
     }
