@@ -144,6 +144,8 @@ def main():
         if unknown:
             parser.error(f"no such trial here: {', '.join(unknown)}; there are: {', '.join(chosen)}")
         chosen = {name: chosen[name] for name in options.trial}
+    if not all(isinstance(trial, fuzzing.Fuzz) for trial in chosen.values()):
+        scene.prepare()
     found = 0
     try:
         if options.hours:

@@ -10,10 +10,11 @@ import re
 import shutil
 import signal
 import subprocess
+import sys
 import time
 
 import harness
-from findings import expect
+from findings import Finding, expect
 
 FRAMES = 48
 LARGE = ("--format", "1280x720")
@@ -29,16 +30,25 @@ class Scene:
         self.frames = harness.make_frames(self.folder / "frames", FRAMES)
         self.out = self.folder / "out"
         self.known = {}
-        self.sums = self.undisturbed()
+        self.sums = []  # of the movie without options, once this is prepared
+
+    def prepare(self):
+        """Renders undisturbed once; ends the program, saying what to do, where that fails already."""
+        try:
+            self.sums = self.undisturbed()
+        except Finding as finding:
+            sys.exit(f"stress.py: nothing can be tried with {self.corvel}: {finding}\n"
+                     f"Where it is older than its sources, this makes it anew: ninja -C {self.build}")
 
     def undisturbed(self, *options):
         """The checksums of the frames of the movie that is rendered with these options."""
         if options not in self.known:
             self.clear()
             run = self.render(options=options)
-            expect(run.end() == 0, "the undisturbed render fails", run.text()[-600:])
+            code = run.end()
+            expect(code == 0, "an undisturbed render ends with", code, run.text()[-600:])
             self.known[options] = harness.frame_sums(self.movie)
-            expect(len(self.known[options]) == FRAMES, "it has", len(self.known[options]), "frames")
+            expect(len(self.known[options]) == FRAMES, "an undisturbed movie has", len(self.known[options]), "frames")
         return self.known[options]
 
     @property
