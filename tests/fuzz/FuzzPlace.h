@@ -18,10 +18,10 @@ namespace Morvane::Fuzz {
 
 /// A folder for what a target writes, and no other file in reach: whatever path an input names, nothing of
 /// the machine's is touched. What the fuzzer itself writes (CORVEL_FUZZ_CORPUS, else the working folder)
-/// stays writable.
+/// stays writable, and so does `alsoWritable`.
 class FuzzPlace {
 public:
-    FuzzPlace() {
+    explicit FuzzPlace(const std::filesystem::path& alsoWritable = ".") {
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_ / "processbridge");
         startSymbolizer();
@@ -29,7 +29,7 @@ public:
         const char* corpus = getenv("CORVEL_FUZZ_CORPUS");
         std::signal(SIGXFSZ, SIG_IGN);
         Platform::confine({.readable = {"/"},
-                           .writable = {folder_, "/dev/shm", corpus == nullptr ? "." : corpus},
+                           .writable = {folder_, "/dev/shm", corpus == nullptr ? "." : corpus, alsoWritable},
                            .removable = {},
                            .memoryBytes = Platform::generousMemoryBytes(),
                            .fileBytes = std::uint64_t{256} << 20});

@@ -15,6 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto codecs = codecTable();
     const Codec& codec = codecs[data[0] % codecs.size()];
     const std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
+    Settings::parse(Settings::defaults(codec).text(), codec);
     try {
         const Settings settings = Settings::parse(text, codec);
         settings.summary();
