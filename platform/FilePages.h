@@ -15,6 +15,11 @@ bool allocateFileBlocks(int fd, std::uint64_t length);
 /// The extra `mmap` flag that faults all pages in at once; 0 where the system has none.
 int populatePagesFlag();
 
+/// How many bytes of address space a mapping of `length` bytes of a file best takes: whole large pages for
+/// one of some megabytes, since a large page that is mapped in part is mapped as small ones. What lies beyond
+/// the file must not be touched.
+std::uint64_t lengthToMap(std::uint64_t length);
+
 /// Where `length` bytes of a file are best mapped, as a hint for `mmap`: an address at which large pages fit.
 /// Null where it makes no difference. Costs two system calls for a mapping of some megabytes, nothing for a
 /// smaller one.

@@ -74,7 +74,8 @@ bool SharedMemoryFile::resizeOpened(std::uint64_t length, int extraMapFlags) {
 }
 
 bool SharedMemoryFile::mapSize(int extraMapFlags) {
-    void* mapping = mmap(Platform::hintForLargePages(size_), size_, PROT_READ | PROT_WRITE,
+    const std::uint64_t length = Platform::lengthToMap(size_);
+    void* mapping = mmap(Platform::hintForLargePages(length), length, PROT_READ | PROT_WRITE,
                          MAP_SHARED | extraMapFlags, fd, 0);
     if (mapping == MAP_FAILED) {
         address = nullptr;
@@ -117,7 +118,7 @@ void SharedMemoryFile::unmap() {
     if (address == nullptr) {
         return;
     }
-    if (munmap(address, size_) != 0) {
+    if (munmap(address, Platform::lengthToMap(size_)) != 0) {
         std::perror("Failed to unmap");
     }
     address = nullptr;

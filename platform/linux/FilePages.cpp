@@ -26,25 +26,26 @@ bool hasRoomFor(int fd, std::uint64_t bytes) {
     return fstatvfs(fd, &system) == 0 && bytes / system.f_frsize < system.f_bavail;
 }
 
-/// The first pages of the file, as large ones, up to where the file system or the system has none; nothing is
-/// lost by that, since the rest comes in small ones. A file in memory takes a large page only when it is told
-/// to, and only where a small one is already, whose content it then holds.
+/// The file's pages as large ones, as far as the file system and the system have them; nothing is lost where
+/// they have none, since the rest comes in small ones. A file in memory takes a large page only when it is
+/// told to, and only where a small one is already, whose content it then holds. One call for all of them:
+/// each waits until every processor has had a moment for it, which takes long while others are busy.
 void allocateLargePages(int fd, std::uint64_t fileLength) {
-    if (fileLength < leastLength || !hasRoomFor(fd, fileLength)) {
+    const std::uint64_t length = lengthToMap(fileLength);
+    if (fileLength < leastLength || !hasRoomFor(fd, length)) {
         return;
     }
-    void* const place =
-        mmap(hintForLargePages(fileLength), fileLength, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+    void* const place = mmap(hintForLargePages(length), length, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
     if (place == MAP_FAILED) {
         return;
     }
-    for (std::uint64_t begin = 0; begin + largePage <= fileLength; begin += largePage) {
-        if (fallocate(fd, 0, static_cast<off_t>(begin), 1) != 0 ||
-            madvise(static_cast<char*>(place) + begin, largePage, MADV_COLLAPSE) != 0) {
-            break;
-        }
+    std::uint64_t begin = 0;
+    while (begin < fileLength && fallocate(fd, 0, static_cast<off_t>(begin), 1) == 0) {
+        begin += largePage;
     }
-    munmap(place, fileLength);
+    // Where it fails everything stays as it is.
+    static_cast<void>(madvise(place, begin, MADV_COLLAPSE));
+    munmap(place, length);
 }
 
 }  // namespace
@@ -74,6 +75,10 @@ bool allocateFileBlocks(int fd, std::uint64_t length) {
 
 int populatePagesFlag() {
     return MAP_POPULATE;
+}
+
+std::uint64_t lengthToMap(std::uint64_t length) {
+    return length < leastLength ? length : (length + largePage - 1) / largePage * largePage;
 }
 
 void* hintForLargePages(std::uint64_t length) {

@@ -34,6 +34,10 @@ int populatePagesFlag() {
     return 0;
 }
 
+std::uint64_t lengthToMap(std::uint64_t length) {
+    return length;
+}
+
 void* hintForLargePages(std::uint64_t) {
     return nullptr;
 }
