@@ -1,6 +1,7 @@
 #include "platform/LargeMemory.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace Morvane::Platform {
@@ -17,6 +18,7 @@ LargeMemory allocateLarge(std::size_t bytes) {
     if (!memory) {
         throw std::bad_alloc();
     }
+    std::memset(memory.get(), 0, length);
     return memory;
 }
 

@@ -1,7 +1,6 @@
 #include "worker/picture/BufferPool.h"
 
 #include <cstdint>
-#include <cstring>
 #include <new>
 
 #include "platform/LargeMemory.h"
@@ -10,26 +9,19 @@ namespace Morvane::Worker {
 
 namespace {
 
-void freeBuffer(void*, std::uint8_t* data) {
-    Platform::FreeLargeMemory()(data);
+void freeBuffer(void* bytes, std::uint8_t* data) {
+    Platform::FreeLargeMemory{reinterpret_cast<std::size_t>(bytes)}(data);
 }
 
-AVBufferRef* allocateArbitrary(std::size_t bytes) try {
+AVBufferRef* allocate(std::size_t bytes) try {
     Platform::LargeMemory memory = Platform::allocateLarge(bytes);
-    AVBufferRef* buffer =
-        av_buffer_create(reinterpret_cast<std::uint8_t*>(memory.get()), bytes, freeBuffer, nullptr, 0);
+    AVBufferRef* buffer = av_buffer_create(reinterpret_cast<std::uint8_t*>(memory.get()), bytes, freeBuffer,
+                                           reinterpret_cast<void*>(bytes), 0);
     if (buffer != nullptr)
         static_cast<void>(memory.release());
     return buffer;
 } catch (const std::bad_alloc&) {
     return nullptr;
-}
-
-AVBufferRef* allocateZero(std::size_t bytes) {
-    AVBufferRef* buffer = allocateArbitrary(bytes);
-    if (buffer != nullptr)
-        std::memset(buffer->data, 0, bytes);
-    return buffer;
 }
 
 }  // namespace
@@ -42,7 +34,7 @@ AVBufferRef* BufferPool::take(std::size_t bytes) {
     const std::lock_guard lock(mutex);
     if (bytes > bufferBytes) {
         av_buffer_pool_uninit(&pool);
-        pool = av_buffer_pool_init(bytes, fresh == Fresh::Zero ? allocateZero : allocateArbitrary);
+        pool = av_buffer_pool_init(bytes, allocate);
         bufferBytes = bytes;
     }
     AVBufferRef* buffer = pool == nullptr ? nullptr : av_buffer_pool_get(pool);

@@ -11,13 +11,11 @@ namespace Morvane::Worker {
 
 /// Memory for pictures and packets of the codec libraries, in large pages where the system has them. It comes
 /// back when the last reference goes, so that a movie allocates only as many buffers as are ever in use at
-/// once, and no page is touched for the first time twice. Any thread.
+/// once, and no page is touched for the first time twice. What is in a buffer that is used for the first time
+/// is 0. Any thread.
 class BufferPool {
 public:
-    /// What is in a buffer that is used for the first time.
-    enum class Fresh { Arbitrary, Zero };
-
-    explicit BufferPool(Fresh content = Fresh::Arbitrary) : fresh(content) {}
+    BufferPool() = default;
     /// Buffers that are in use stay good.
     ~BufferPool();
     BufferPool(const BufferPool&) = delete;
@@ -28,7 +26,6 @@ public:
     AVBufferRef* take(std::size_t bytes);
 
 private:
-    const Fresh fresh;
     std::mutex mutex;
     std::size_t bufferBytes = 0;
     AVBufferPool* pool = nullptr;

@@ -30,8 +30,8 @@ TEST(BufferPool, GrowsWithWhatIsAskedFor) {
     av_buffer_unref(&large);
 }
 
-TEST(BufferPool, StartsBlackWhereThatIsWanted) {
-    BufferPool sut(BufferPool::Fresh::Zero);
+TEST(BufferPool, StartsBlack) {
+    BufferPool sut;
     AVBufferRef* buffer = sut.take(std::size_t{5} << 20);
     EXPECT_TRUE(std::all_of(buffer->data, buffer->data + buffer->size,
                             [](std::uint8_t value) { return value == 0; }));
