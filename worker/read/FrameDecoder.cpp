@@ -9,11 +9,11 @@
 
 namespace Morvane::Worker {
 
-FrameDecoder::FrameDecoder(SharedSource movie, const FrameIndex& frameIndex)
-    : source(std::move(movie)),
+FrameDecoder::FrameDecoder(const MovieInput& movieInput, const FrameIndex& frameIndex)
+    : movie(movieInput),
       index(frameIndex),
-      input(std::make_unique<MovieInput>(source)),
-      decoder(openDecoder(input->video(), source->path, pictures)),
+      input(movie.openAgain()),
+      decoder(openDecoder(input->video(), movie.source()->path, pictures)),
       packet(requireMemory(av_packet_alloc())) {
     startAt(0);
 }
@@ -30,12 +30,12 @@ void FrameDecoder::startAt(std::size_t wanted) {
     if (goTo(wanted))
         return;
     // The format cannot go there: from the start, then.
-    input = std::make_unique<MovieInput>(source);
+    input = movie.openAgain();
     nextPacket = 0;
     hasPacket = false;
     while (nextPacket < wanted) {
         if (!input->readPacket(*packet))
-            throw StatusError(Status::InputOutput, "cannot read " + source->path + " any further");
+            throw StatusError(Status::InputOutput, "cannot read " + movie.source()->path + " any further");
         ++nextPacket;
     }
 }

@@ -24,9 +24,9 @@ struct DecodedFrame {
 /// its own.
 class FrameDecoder {
 public:
-    /// `frameIndex` must be the file's, not empty, and outlive the decoder. Throws StatusError: as
-    /// MovieInput; CodecFailed where the codec is unknown or cannot be opened.
-    FrameDecoder(SharedSource movie, const FrameIndex& frameIndex);
+    /// Opens the movie again. `frameIndex` must be its, not empty; both must outlive the decoder. Throws
+    /// StatusError: as MovieInput; CodecFailed where the codec is unknown or cannot be opened.
+    FrameDecoder(const MovieInput& movieInput, const FrameIndex& frameIndex);
 
     /// Goes on from the packet at `position`, a key packet or the first. Throws StatusError (InputOutput)
     /// where the file cannot be read there.
@@ -54,10 +54,10 @@ private:
     std::optional<DecodedFrame> take();
     std::optional<std::size_t> wholeFrame(const AVFrame& picture) const;
 
-    const SharedSource source;
+    const MovieInput& movie;
     const FrameIndex& index;
     std::unique_ptr<MovieInput> input;
-    BufferPool pictures{BufferPool::Fresh::Zero};  ///< what no decoder has written is black
+    BufferPool pictures;
     CodecPointer decoder;
     PacketPointer packet;
     bool hasPacket = false;  ///< `packet` is the one at `nextPacket`, read already

@@ -30,11 +30,11 @@ bool reorders(AVCodecID codec) {
 }
 
 /// Some formats do not tell when a packet is shown, and only decoding does.
-void orderByDecoding(std::vector<FrameIndex::Packet>& packets, const SharedSource& source) {
+void orderByDecoding(std::vector<FrameIndex::Packet>& packets, const MovieInput& movie) {
     for (FrameIndex::Packet& packet : packets)
         packet.shown = false;
     std::int64_t time = 0;
-    for (const std::size_t position : showingOrderByDecoding(source))
+    for (const std::size_t position : showingOrderByDecoding(movie))
         if (position < packets.size()) {
             packets[position].shown = true;
             packets[position].showingTime = time++;
@@ -48,20 +48,20 @@ FrameIndex::Identity FrameIndex::identify(const MovieInput& input, const AVPacke
     return {packet.pos, packet.size, input.isQuickTime() ? packet.dts : 0};
 }
 
-FrameIndex FrameIndex::ofMovie(const SharedSource& source) {
-    MovieInput input(source);
-    input.listOnly();
+FrameIndex FrameIndex::ofMovie(const MovieInput& movie) {
+    const std::unique_ptr<MovieInput> input = movie.openAgain();
+    input->listOnly();
     const PacketPointer packet(requireMemory(av_packet_alloc()));
     std::vector<Packet> listed;
     bool allTold = true;
-    while (input.readPacket(*packet)) {
+    while (input->readPacket(*packet)) {
         const std::int64_t time = timeOf(*packet, listed);
-        listed.push_back({identify(input, *packet), time, time, (packet->flags & AV_PKT_FLAG_KEY) != 0,
+        listed.push_back({identify(*input, *packet), time, time, (packet->flags & AV_PKT_FLAG_KEY) != 0,
                           (packet->flags & AV_PKT_FLAG_DISCARD) == 0});
         allTold = allTold && packet->pts != AV_NOPTS_VALUE;
     }
-    if (!allTold && reorders(input.video().codecpar->codec_id))
-        orderByDecoding(listed, source);
+    if (!allTold && reorders(input->video().codecpar->codec_id))
+        orderByDecoding(listed, movie);
     return FrameIndex(std::move(listed));
 }
 

@@ -7,8 +7,6 @@
 #include <tuple>
 #include <vector>
 
-#include "worker/read/SourceFile.h"
-
 struct AVPacket;
 
 namespace Morvane::Worker {
@@ -41,8 +39,8 @@ public:
         bool shown;  ///< gives a frame that belongs to the movie; what an edit list cuts away is decoded only
     };
 
-    /// Lists the packets of `source`. Throws StatusError as MovieInput.
-    static FrameIndex ofMovie(const SharedSource& source);
+    /// Lists the packets of the movie, which it opens again. Throws StatusError as MovieInput.
+    static FrameIndex ofMovie(const MovieInput& movie);
 
     /// The identity of a packet that has been read again from `input`.
     static Identity identify(const MovieInput& input, const AVPacket& packet);

@@ -33,8 +33,8 @@ std::size_t bytesOf(const AVFrame& frame) {
 
 }  // namespace
 
-FrameStore::FrameStore(SharedSource movie, const FrameIndex& frameIndex, std::size_t budgetBytes)
-    : index(frameIndex), source(std::move(movie)), budget(budgetBytes), decoder(source, frameIndex) {
+FrameStore::FrameStore(const MovieInput& movie, const FrameIndex& frameIndex, std::size_t budgetBytes)
+    : index(frameIndex), path(movie.source()->path), budget(budgetBytes), decoder(movie, frameIndex) {
     thread = std::thread([this] { decode(); });
 }
 
@@ -59,7 +59,7 @@ std::shared_ptr<const AVFrame> FrameStore::frame(std::size_t number) {
         return found->second;
     if (failure)
         throw *failure;
-    throw StatusError(Status::InputOutput, "reading " + source->path + " was interrupted");
+    throw StatusError(Status::InputOutput, "reading " + path + " was interrupted");
 }
 
 /// Takes note of the frame that is asked for, and of where that leads.
@@ -89,7 +89,7 @@ void FrameStore::decode() {
         } catch (const StatusError& error) {
             problem.emplace(error);
         } catch (const std::bad_alloc&) {
-            problem.emplace(Status::NoMemory, "not enough memory to decode " + source->path);
+            problem.emplace(Status::NoMemory, "not enough memory to decode " + path);
         }
         run.active = run.active && !problem;
         // Somebody may have asked for another frame meanwhile, and what failed was not that one's.
@@ -189,7 +189,7 @@ void FrameStore::giveUpIfMissing() {
         restartAt = earlier;
     else
         failure.emplace(Status::CodecFailed,
-                        "frame " + std::to_string(anchor) + " of " + source->path + " is damaged");
+                        "frame " + std::to_string(anchor) + " of " + path + " is damaged");
 }
 
 /// Drops what the host is least likely to ask for: in one direction what lies behind it, and beyond the

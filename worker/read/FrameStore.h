@@ -23,8 +23,10 @@ namespace Morvane::Worker {
 /// One thread at a time asks.
 class FrameStore {
 public:
-    /// `frameIndex` must be the movie's, not empty, and outlive the store. Throws as FrameDecoder.
-    FrameStore(SharedSource movie, const FrameIndex& frameIndex, std::size_t budgetBytes = defaultBudget);
+    /// Opens the movie again. `frameIndex` must be its, not empty; both must outlive the store. Throws as
+    /// FrameDecoder.
+    FrameStore(const MovieInput& movie, const FrameIndex& frameIndex,
+               std::size_t budgetBytes = defaultBudget);
     ~FrameStore();
     FrameStore(const FrameStore&) = delete;
     FrameStore& operator=(const FrameStore&) = delete;
@@ -67,7 +69,7 @@ private:
     void giveUpIfMissing();
 
     const FrameIndex& index;
-    const SharedSource source;
+    const std::string path;  ///< for messages
     const std::size_t budget;
     FrameDecoder decoder;  // of the decoding thread only, once that runs
 

@@ -7,6 +7,7 @@ extern "C" {
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 
 #include "worker/Status.h"
 
@@ -45,8 +46,47 @@ InputPointer openFormat(const std::string& path, FileSource& file) {
 
 }  // namespace
 
-MovieInput::MovieInput(const SharedSource& source) : file(source), context(openFormat(source->path, file)) {
-    const std::string& path = source->path;
+MovieInput::MovieInput(const SharedSource& source) : MovieInput(source, nullptr) {}
+
+MovieInput::MovieInput(const SharedSource& source, const MovieInput* known)
+    : source_(source), file(source), context(openFormat(source->path, file)) {
+    if (known == nullptr || !takeTracks(*known))
+        findTracks();
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        context->streams[i]->discard = static_cast<int>(i) == videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    if (known == nullptr) {
+        keepPalette();
+        timecode_ = SourceTimecode::of(*context, *source);
+        correctTimecode();
+    } else {
+        palette = known->palette;
+        timecode_ = known->timecode_;
+    }
+    // Samples are frames and have their times: nothing to be found by parsing, nothing to be guessed.
+    if (isQuickTime()) {
+        context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
+        rewind();
+    }
+}
+
+std::unique_ptr<MovieInput> MovieInput::openAgain() const {
+    return std::unique_ptr<MovieInput>(new MovieInput(source_, this));
+}
+
+/// False where only reading on tells what the tracks are.
+bool MovieInput::takeTracks(const MovieInput& known) {
+    const AVFormatContext& first = *known.context;
+    if (!isQuickTime() || context->nb_streams != first.nb_streams)
+        return false;
+    for (unsigned i = 0; i < context->nb_streams; ++i)
+        if (avcodec_parameters_copy(context->streams[i]->codecpar, first.streams[i]->codecpar) < 0)
+            throw std::bad_alloc();
+    videoIndex = known.videoIndex;
+    return true;
+}
+
+void MovieInput::findTracks() {
+    const std::string& path = source_->path;
     const int result = avformat_find_stream_info(context.get(), nullptr);
     if (result < 0)
         fail(path, result);
@@ -54,16 +94,6 @@ MovieInput::MovieInput(const SharedSource& source) : file(source), context(openF
     // A cover picture is no movie.
     if (videoIndex < 0 || (video().disposition & AV_DISPOSITION_ATTACHED_PIC) != 0)
         throw StatusError(Status::CodecFailed, "cannot read " + path + ": it has no picture track");
-    for (unsigned i = 0; i < context->nb_streams; ++i)
-        context->streams[i]->discard = static_cast<int>(i) == videoIndex ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    keepPalette();
-    timecode_ = SourceTimecode::of(*context, *source);
-    correctTimecode();
-    // Samples are frames and have their times: nothing to be found by parsing, nothing to be guessed.
-    if (isQuickTime()) {
-        context->flags |= AVFMT_FLAG_NOPARSE | AVFMT_FLAG_NOFILLIN;
-        rewind();
-    }
 }
 
 /// A demuxer gives the movie's palette with the first packet that it ever reads and never again. That packet

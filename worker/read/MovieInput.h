@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,13 @@ public:
     /// Finds out what the file's tracks are. Throws StatusError: CodecFailed for nothing that libav can read,
     /// or without pictures; InputOutput.
     explicit MovieInput(const SharedSource& source);
+
+    /// The same file opened once more, for reading packets on another thread: what the tracks of a QuickTime
+    /// or MPEG-4 file are, for which pictures may have to be decoded, is not found out again. This object
+    /// must not be read from meanwhile. Throws as the constructor.
+    std::unique_ptr<MovieInput> openAgain() const;
+
+    const SharedSource& source() const { return source_; }
 
     AVFormatContext& format() { return *context; }
     const AVFormatContext& format() const { return *context; }
@@ -47,9 +55,13 @@ public:
     bool readPacket(AVPacket& packet);
 
 private:
+    MovieInput(const SharedSource& source, const MovieInput* known);
+    bool takeTracks(const MovieInput& known);
+    void findTracks();
     void keepPalette();
     void correctTimecode();
 
+    const SharedSource source_;
     FileSource file;
     InputPointer context;
     int videoIndex = -1;

@@ -13,7 +13,7 @@ namespace Morvane::Worker {
 MovieReader::MovieReader(const std::string& path, Access access)
     : source(std::make_shared<const SourceFile>(path)),
       input(source),
-      index(FrameIndex::ofMovie(source)),
+      index(FrameIndex::ofMovie(input)),
       pictures(MovieDescription::of(input, index)) {
     if (access == Access::DescriptionOnly || pictures.frames == 0)
         return;
@@ -21,7 +21,7 @@ MovieReader::MovieReader(const std::string& path, Access access)
     if (pictures.frameBytes() > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()))
         throw StatusError(Status::NotSupportedByCodec,
                           "frames of " + path + " are too large to be handed over");
-    store = std::make_unique<FrameStore>(source, index);
+    store = std::make_unique<FrameStore>(input, index);
     converter =
         std::make_unique<FloatConverter>(static_cast<int>(std::max(1u, std::thread::hardware_concurrency())));
 }

@@ -22,14 +22,14 @@ void takeFrames(AVCodecContext& decoder, AVFrame& frame, std::vector<std::size_t
 
 }  // namespace
 
-std::vector<std::size_t> showingOrderByDecoding(const SharedSource& source) {
-    MovieInput input(source);
-    BufferPool pictures(BufferPool::Fresh::Zero);
-    const CodecPointer decoder = openDecoder(input.video(), source->path, pictures);
+std::vector<std::size_t> showingOrderByDecoding(const MovieInput& movie) {
+    const std::unique_ptr<MovieInput> input = movie.openAgain();
+    BufferPool pictures;
+    const CodecPointer decoder = openDecoder(input->video(), movie.source()->path, pictures);
     const PacketPointer packet(requireMemory(av_packet_alloc()));
     const FramePointer frame(requireMemory(av_frame_alloc()));
     std::vector<std::size_t> order;
-    for (std::int64_t number = 0; input.readPacket(*packet); ++number) {
+    for (std::int64_t number = 0; input->readPacket(*packet); ++number) {
         // The decoder carries the number through to the frame.
         packet->pts = number;
         packet->dts = AV_NOPTS_VALUE;
