@@ -1,6 +1,7 @@
 #include "worker/picture/BufferPool.h"
 
 #include <cstdint>
+#include <memory>
 #include <new>
 
 #include "platform/LargeMemory.h"
@@ -9,14 +10,14 @@ namespace Morvane::Worker {
 
 namespace {
 
-void freeBuffer(void* bytes, std::uint8_t* data) {
-    Platform::FreeLargeMemory{reinterpret_cast<std::size_t>(bytes)}(data);
+void freeBuffer(void* memory, std::uint8_t*) {
+    delete static_cast<Platform::LargeMemory*>(memory);
 }
 
 AVBufferRef* allocate(std::size_t bytes) try {
-    Platform::LargeMemory memory = Platform::allocateLarge(bytes);
-    AVBufferRef* buffer = av_buffer_create(reinterpret_cast<std::uint8_t*>(memory.get()), bytes, freeBuffer,
-                                           reinterpret_cast<void*>(bytes), 0);
+    auto memory = std::make_unique<Platform::LargeMemory>(Platform::allocateLarge(bytes));
+    AVBufferRef* buffer = av_buffer_create(reinterpret_cast<std::uint8_t*>(memory->get()), bytes, freeBuffer,
+                                           memory.get(), 0);
     if (buffer != nullptr)
         static_cast<void>(memory.release());
     return buffer;
