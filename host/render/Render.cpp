@@ -6,6 +6,7 @@
 #include <chrono>
 #include <exception>
 #include <memory>
+#include <utility>
 
 #include "Kex/Image/Writer.h"
 #include "filesystem/FileSystem.h"
@@ -30,8 +31,9 @@ using Clock = std::chrono::steady_clock;
 /// One render after everything has been settled: the loop over the frames and the end of the movie.
 class RenderRun {
 public:
-    RenderRun(const RenderRequest& request, const RenderPlan& plan, NodeHost& host, Reporter& reporter)
-        : request(request), plan(plan), host(host), reporter(reporter) {}
+    RenderRun(const RenderRequest& request, const RenderPlan& plan, std::unique_ptr<ReadAhead> frames,
+              NodeHost& host, Reporter& reporter)
+        : request(request), plan(plan), frames(std::move(frames)), host(host), reporter(reporter) {}
 
     Exit run();
 
@@ -44,6 +46,7 @@ private:
 
     const RenderRequest& request;
     const RenderPlan& plan;
+    std::unique_ptr<ReadAhead> frames;  ///< null once all are written
     NodeHost& host;
     Reporter& reporter;
     std::string temporary;
@@ -60,6 +63,7 @@ Exit RenderRun::run() {
     host.helper().setPartialFile(temporary);
     waitForFrame();
     Exit outcome = writeFrames();
+    frames.reset();
     std::string kept;
     if (written > 0) {
         kept = finishMovie(outcome);
@@ -82,10 +86,8 @@ Exit RenderRun::run() {
 }
 
 Exit RenderRun::writeFrames() {
-    ReadAhead frames(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps,
-                     blankHeader(plan));
     try {
-        while (const auto frame = frames.next()) {
+        while (const auto frame = frames->next()) {
             if (host.helper().interrupts().count() > 0) {
                 break;
             }
@@ -164,6 +166,18 @@ void RenderRun::tell(int frame, double fraction, bool frameDone) {
                       frameDone);
 }
 
+std::unique_ptr<ReadAhead> readAhead(const RenderRequest& request, const RenderPlan& plan) {
+    return std::make_unique<ReadAhead>(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps,
+                                       blankHeader(plan));
+}
+
+/// Whether reading may begin while the helper starts, which takes as long as some frames. Not where there may
+/// be no render, where a movie's own helper is at work then, or where what is written into the pictures is
+/// still to come from the node.
+bool mayReadAtOnce(const RenderRequest& request, const RenderPlan& plan) {
+    return !request.dryRun && !request.advanced && !isMovieName(request.input) && !plan.burnIn && !plan.slate;
+}
+
 }  // namespace
 
 Exit render(const RenderRequest& asked, Reporter& reporter) {
@@ -175,13 +189,20 @@ Exit render(const RenderRequest& asked, Reporter& reporter) {
         addBurnIns(request, plan, nullptr);
         return renderImages(request, plan, *setup.helpers, reporter);
     }
+    std::unique_ptr<ReadAhead> frames;
+    if (mayReadAtOnce(request, plan)) {
+        frames = readAhead(request, plan);
+    }
     const std::unique_ptr<NodeHost> host = setUpNode(request, request.output, setup);
     if (request.dryRun) {
         fmt::print("{}", dryRunText(request, plan, host->node()));
         reporter.end({});
         return Exit::Done;
     }
-    return RenderRun(request, plan, *host, reporter).run();
+    if (!frames) {
+        frames = readAhead(request, plan);
+    }
+    return RenderRun(request, plan, std::move(frames), *host, reporter).run();
 }
 
 }  // namespace Corvel

@@ -47,6 +47,8 @@ void* mapLarge(std::size_t length) {
         munmap(place, before);
     }
     munmap(memory + length, largePage - before);
+    // A child would only be given it to leave it alone, and every write would be to a copy until then.
+    madvise(memory, length, MADV_DONTFORK);
     // As small pages on a system that is set never to use large ones.
     madvise(memory, length, MADV_HUGEPAGE);
     return memory;
