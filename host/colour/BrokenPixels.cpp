@@ -3,25 +3,65 @@
 #include <fmt/format.h>
 #include <spdlog/spdlog.h>
 
-#include <cmath>
-#include <cstring>
+#include <bit>
+#include <cstddef>
 #include <utility>
 
 namespace Corvel {
 namespace {
 
-constexpr std::uint32_t exponentBits = 0x7F80'0000U;
+// Samples as their bits. What has the whole exponent is infinite, or no number where more bits are set.
+struct FloatBits {
+    using Sample = float;
+    using Bits = std::uint32_t;
+    static constexpr Bits exponent = 0x7F80'0000U;
+    static constexpr Bits sign = 0x8000'0000U;
+};
 
-// Whether a sample has the exponent of what is no number or infinite. Without a branch, so that it can be
-// vectorised: nearly every picture has none.
-bool hasBroken(const float* samples, std::size_t count) {
-    std::uint32_t found = 0;
+struct HalfBits {
+    using Sample = Picture::Half;
+    using Bits = Picture::Half;
+    static constexpr Bits exponent = 0x7C00U;
+    static constexpr Bits sign = 0x8000U;
+};
+
+constexpr Picture::Half largestHalf = 0x7BFFU;
+constexpr Picture::Half oneAsHalf = 0x3C00U;
+
+template <class Form>
+typename Form::Bits magnitudeOf(typename Form::Sample sample) {
+    return static_cast<typename Form::Bits>(std::bit_cast<typename Form::Bits>(sample) & ~Form::sign);
+}
+
+// Without a branch, so that it can be vectorised: nearly every picture has none.
+template <class Form>
+bool hasBroken(const typename Form::Sample* samples, std::size_t count) {
+    typename Form::Bits found = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        std::uint32_t bits = 0;
-        std::memcpy(&bits, samples + i, sizeof bits);
-        found |= static_cast<std::uint32_t>((bits & exponentBits) == exponentBits);
+        found |= static_cast<typename Form::Bits>(magnitudeOf<Form>(samples[i]) >= Form::exponent);
     }
     return found != 0;
+}
+
+template <class Form>
+BrokenPixels::Count mendSamples(typename Form::Sample* samples, std::size_t count,
+                                typename Form::Sample infinity) {
+    BrokenPixels::Count found;
+    if (!hasBroken<Form>(samples, count)) {
+        return found;
+    }
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto magnitude = magnitudeOf<Form>(samples[i]);
+        if (magnitude > Form::exponent) {
+            ++found.notNumbers;
+            samples[i] = 0;
+        } else if (magnitude == Form::exponent) {
+            ++found.infinite;
+            const bool positive = std::bit_cast<typename Form::Bits>(samples[i]) == magnitude;
+            samples[i] = positive ? infinity : 0;
+        }
+    }
+    return found;
 }
 
 std::string textOf(std::uint64_t notNumbers, std::uint64_t infinite) {
@@ -40,10 +80,8 @@ public:
         }
         BrokenPixels::Count found;
         for (int channel = 0; channel < picture.channels(); ++channel) {
-            const float infinity = channel == 3 ? 1.0F : BrokenPixels::largest;
             for (int y = 0; y < picture.height(); ++y) {
-                const BrokenPixels::Count row =
-                    BrokenPixels::mend(picture.row(channel, y), picture.rowStride(), infinity);
+                const BrokenPixels::Count row = mendRow(picture, channel, y);
                 found.notNumbers += row.notNumbers;
                 found.infinite += row.infinite;
             }
@@ -51,27 +89,28 @@ public:
         counter->add(frame.number, found);
     }
 
+    bool takesHalves() const override { return true; }
+
 private:
+    static BrokenPixels::Count mendRow(Picture& picture, int channel, int y) {
+        const bool isAlpha = channel == 3;
+        return picture.hasHalves() ? BrokenPixels::mend(picture.halfRow(channel, y), picture.rowStride(),
+                                                        isAlpha ? oneAsHalf : largestHalf)
+                                   : BrokenPixels::mend(picture.row(channel, y), picture.rowStride(),
+                                                        isAlpha ? 1.0F : BrokenPixels::largest);
+    }
+
     const std::shared_ptr<BrokenPixels> counter;
 };
 
 }  // namespace
 
 BrokenPixels::Count BrokenPixels::mend(float* samples, std::size_t count, float infinity) {
-    Count found;
-    if (!hasBroken(samples, count)) {
-        return found;
-    }
-    for (std::size_t i = 0; i < count; ++i) {
-        if (std::isnan(samples[i])) {
-            ++found.notNumbers;
-            samples[i] = 0;
-        } else if (std::isinf(samples[i])) {
-            ++found.infinite;
-            samples[i] = samples[i] > 0 ? infinity : 0;
-        }
-    }
-    return found;
+    return mendSamples<FloatBits>(samples, count, infinity);
+}
+
+BrokenPixels::Count BrokenPixels::mend(Picture::Half* samples, std::size_t count, Picture::Half infinity) {
+    return mendSamples<HalfBits>(samples, count, infinity);
 }
 
 void BrokenPixels::add(int frame, Count found) {

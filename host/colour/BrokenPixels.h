@@ -23,6 +23,8 @@ public:
     /// Mends `count` samples in place and says how many there were; `infinity` is what takes infinity's
     /// place.
     static Count mend(float* samples, std::size_t count, float infinity);
+    /// The same for half floats, `infinity` one of them.
+    static Count mend(Picture::Half* samples, std::size_t count, Picture::Half infinity);
     static constexpr float largest = 65504.0F;
 
     void add(int frame, Count found);

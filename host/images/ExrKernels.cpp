@@ -38,8 +38,8 @@ void sumDifferences(std::uint8_t* bytes, std::size_t count) {
     plain::sumDifferences(bytes, 1, count);
 }
 
-void joinFloats(const std::uint8_t* even, const std::uint8_t* odd, float* to, std::size_t count) {
-    plain::joinBytes(even, odd, reinterpret_cast<std::uint8_t*>(to), 0, 2 * count);
+void joinBytes(const std::uint8_t* even, const std::uint8_t* odd, std::uint8_t* to, std::size_t count) {
+    plain::joinBytes(even, odd, to, 0, count);
 }
 
 #else
@@ -65,17 +65,16 @@ void sumDifferences(std::uint8_t* bytes, std::size_t count) {
     plain::sumDifferences(bytes, i, count);
 }
 
-void joinFloats(const std::uint8_t* even, const std::uint8_t* odd, float* to, std::size_t count) {
+void joinBytes(const std::uint8_t* even, const std::uint8_t* odd, std::uint8_t* to, std::size_t count) {
     const hn::FixedTag<std::uint8_t, 16> d;
-    std::uint8_t* bytes = reinterpret_cast<std::uint8_t*>(to);
     std::size_t i = 0;
-    for (; i + 16 <= 2 * count; i += 16) {
+    for (; i + 16 <= count; i += 16) {
         const auto first = hn::LoadU(d, even + i);
         const auto second = hn::LoadU(d, odd + i);
-        hn::StoreU(hn::InterleaveLower(d, first, second), d, bytes + 2 * i);
-        hn::StoreU(hn::InterleaveUpper(d, first, second), d, bytes + 2 * i + 16);
+        hn::StoreU(hn::InterleaveLower(d, first, second), d, to + 2 * i);
+        hn::StoreU(hn::InterleaveUpper(d, first, second), d, to + 2 * i + 16);
     }
-    plain::joinBytes(even, odd, bytes, i, 2 * count);
+    plain::joinBytes(even, odd, to, i, count);
 }
 
 #endif
@@ -131,7 +130,7 @@ namespace Corvel {
 
 HWY_EXPORT(sumDifferences);
 HWY_EXPORT(joinHalves);
-HWY_EXPORT(joinFloats);
+HWY_EXPORT(joinBytes);
 HWY_EXPORT(widenHalves);
 
 void sumDifferences(std::uint8_t* bytes, std::size_t count) {
@@ -142,12 +141,20 @@ void joinHalves(const std::uint8_t* low, const std::uint8_t* high, float* to, st
     HWY_DYNAMIC_DISPATCH(joinHalves)(low, high, to, count);
 }
 
+void joinHalves(const std::uint8_t* low, const std::uint8_t* high, std::uint16_t* to, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(joinBytes)(low, high, reinterpret_cast<std::uint8_t*>(to), count);
+}
+
 void joinFloats(const std::uint8_t* even, const std::uint8_t* odd, float* to, std::size_t count) {
-    HWY_DYNAMIC_DISPATCH(joinFloats)(even, odd, to, count);
+    HWY_DYNAMIC_DISPATCH(joinBytes)(even, odd, reinterpret_cast<std::uint8_t*>(to), 2 * count);
 }
 
 void widenHalves(const std::uint8_t* from, float* to, std::size_t count) {
     HWY_DYNAMIC_DISPATCH(widenHalves)(from, to, count);
+}
+
+void widenHalves(const std::uint16_t* from, float* to, std::size_t count) {
+    HWY_DYNAMIC_DISPATCH(widenHalves)(reinterpret_cast<const std::uint8_t*>(from), to, count);
 }
 
 }  // namespace Corvel

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <optional>
 
@@ -30,6 +31,10 @@ struct Channel {
 
 // Where everything is in a row of the file and in the picture.
 struct Plan {
+    bool hasOnlyHalves() const {
+        return std::all_of(channels.begin(), channels.end(), std::mem_fn(&Channel::isHalf));
+    }
+
     exr_compression_t compression = EXR_COMPRESSION_NONE;
     Window data;
     std::vector<Channel> channels;
@@ -121,6 +126,16 @@ void placeChannel(const Block& block, std::size_t at, exr_pixel_type_t type, flo
     }
 }
 
+// The same for a channel of halves that stays one.
+void placeHalves(const Block& block, std::size_t at, Picture::Half* to, std::size_t count) {
+    if (block.split) {
+        const std::uint8_t* even = block.bytes + at / 2;
+        joinHalves(even, even + (block.size + 1) / 2, to, count);
+    } else {
+        std::memcpy(to, block.bytes + at, count * sizeof(Picture::Half));
+    }
+}
+
 void placeBlock(const Plan& plan, const Block& block, int firstRow, int rows, Picture& picture) {
     const Window& shown = plan.shown;
     const std::size_t columns = static_cast<std::size_t>(shown.width);
@@ -129,9 +144,14 @@ void placeBlock(const Plan& plan, const Block& block, int firstRow, int rows, Pi
     for (int y = std::max(firstRow, shown.y); y < end; ++y) {
         const std::size_t row = static_cast<std::size_t>(y - firstRow) * plan.rowBytes;
         for (const Channel& channel : plan.channels) {
-            float* to = picture.row(channel.plane, y - plan.display.y) + (shown.x - plan.display.x);
-            placeChannel(block, row + channel.offset + skipped * (channel.isHalf() ? 2 : 4), channel.type, to,
-                         columns);
+            const std::size_t at = row + channel.offset + skipped * (channel.isHalf() ? 2 : 4);
+            const int left = shown.x - plan.display.x;
+            const int line = y - plan.display.y;
+            if (picture.hasHalves()) {
+                placeHalves(block, at, picture.halfRow(channel.plane, line) + left, columns);
+            } else {
+                placeChannel(block, at, channel.type, picture.row(channel.plane, line) + left, columns);
+            }
         }
     }
 }
@@ -149,7 +169,7 @@ ExrScanlines::~ExrScanlines() = default;
 bool ExrScanlines::read(const ExrFile& file, int part, const ChannelNames& names, const Window& display,
                         Picture& picture) {
     const std::optional<Plan> plan = planOf(file.context(), part, names, display, picture.channels());
-    if (!plan) {
+    if (!plan || (picture.hasHalves() && !plan->hasOnlyHalves())) {
         return false;
     }
     const std::string& path = file.path();

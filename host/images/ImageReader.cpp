@@ -67,11 +67,17 @@ private:
     bool readOrdinary(const ExrFile& file, const ExrStatement& statement, const LUT* curve,
                       Picture& picture) {
         const PictureHeader& header = statement.header;
-        prepareFor(header, picture);
+        const LUT& meaning = *(curve ? curve : LUT::find(header.curve));
+        const bool onlyHalves = header.floatingPoint && header.bits == 16;
+        if (onlyHalves && meaning.type() == 0 && picture.allowsHalves()) {
+            prepareHalvesFor(header, picture);
+        } else {
+            prepareFor(header, picture);
+        }
         if (!scanlines.read(file, statement.part, statement.channels, header.display, picture)) {
             return false;
         }
-        linearise(header, *(curve ? curve : LUT::find(header.curve)), picture);
+        linearise(header, meaning, picture);
         return true;
     }
 

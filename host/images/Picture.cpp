@@ -23,7 +23,15 @@ bool isPictureSize(int width, int height) {
 }
 
 void Picture::reset(int width, int height, int channels) {
-    const std::size_t needed = bytes(width, height, channels);
+    resetSamples(width, height, channels, sizeof(float));
+}
+
+void Picture::resetHalves(int width, int height, int channels) {
+    resetSamples(width, height, channels, sizeof(Half));
+}
+
+void Picture::resetSamples(int width, int height, int channels, std::size_t bytesOfSample) {
+    const std::size_t needed = bytes(width, height, channels) / sizeof(float) * bytesOfSample;
     if (needed > capacity) {
         memory.reset();
         capacity = 0;
@@ -33,10 +41,13 @@ void Picture::reset(int width, int height, int channels) {
     width_ = width;
     height_ = height;
     channels_ = channels;
+    sampleBytes = bytesOfSample;
 }
 
 void Picture::clear() {
-    std::fill_n(samples(), planeStride() * static_cast<std::size_t>(channels_), 0.0f);
+    // 0 is all bits 0, of floats as of halves.
+    std::fill_n(memory.get(), planeStride() * static_cast<std::size_t>(channels_) * sampleBytes,
+                std::byte{0});
 }
 
 std::size_t Picture::bytes(int width, int height, int channels) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "platform/LargeMemory.h"
 
@@ -25,12 +26,16 @@ Window overlapOf(const Window& one, const Window& other);
 bool isPictureSize(int width, int height);
 
 /// One decoded frame: planar floats in linear light, premultiplied, one plane a channel in the order red,
-/// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows.
+/// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows. A
+/// picture out of a file of half floats may keep them as they are, where whoever takes it allows that: half
+/// the memory to fill, and to read again.
 ///
 /// Made to be used again and again: `reset` allocates only when the new picture is larger than any before, so
 /// that a render touches the same pages for every frame. One thread at a time.
 class Picture {
 public:
+    using Half = std::uint16_t;
+
     Picture() = default;
     Picture(Picture&&) = default;
     Picture& operator=(Picture&&) = default;
@@ -39,24 +44,38 @@ public:
     /// std::bad_alloc.
     void reset(int width, int height, int channels);
 
+    /// The same for half floats (IEEE 754 binary16) in the place of floats. REQUIRES: allowsHalves().
+    void resetHalves(int width, int height, int channels);
+
+    /// Whether a reader may leave halves in the picture; not at first.
+    bool allowsHalves() const { return halvesAllowed; }
+    void allowHalves(bool allowed) { halvesAllowed = allowed; }
+
+    /// Whether the samples are halves, which `halfRow` gives and `row` does not.
+    bool hasHalves() const { return sampleBytes == sizeof(Half); }
+
     int width() const { return width_; }
     int height() const { return height_; }
     int channels() const { return channels_; }
     bool hasAlpha() const { return channels_ == 4; }
 
     /// The first sample of a row of one channel (0 red, 1 green, 2 blue, 3 alpha), `width()` floats; row 0 is
-    /// the top one. Valid until the next `reset`.
+    /// the top one. Valid until the next `reset`. REQUIRES: !hasHalves().
     float* row(int channel, int y) { return samples() + offset(channel, y); }
     const float* row(int channel, int y) const { return samples() + offset(channel, y); }
 
-    /// Number of floats from one row of a channel to the next, and from one channel to the next.
+    /// As `row`, where there are halves: `width()` of them, as their bits.
+    Half* halfRow(int channel, int y) { return halves() + offset(channel, y); }
+    const Half* halfRow(int channel, int y) const { return halves() + offset(channel, y); }
+
+    /// Number of samples from one row of a channel to the next, and from one channel to the next.
     std::size_t rowStride() const { return static_cast<std::size_t>(width_); }
     std::size_t planeStride() const { return rowStride() * static_cast<std::size_t>(height_); }
 
     /// Makes every sample 0: black, transparent where there is alpha.
     void clear();
 
-    /// Bytes that a picture of that size takes.
+    /// Bytes that a picture of that size takes, of floats.
     static std::size_t bytes(int width, int height, int channels);
 
 private:
@@ -64,13 +83,17 @@ private:
         return static_cast<std::size_t>(channel) * planeStride() + static_cast<std::size_t>(y) * rowStride();
     }
 
+    void resetSamples(int width, int height, int channels, std::size_t bytesOfSample);
     float* samples() const { return reinterpret_cast<float*>(memory.get()); }
+    Half* halves() const { return reinterpret_cast<Half*>(memory.get()); }
 
     Morvane::Platform::LargeMemory memory;
     std::size_t capacity = 0;  // bytes
     int width_ = 0;
     int height_ = 0;
     int channels_ = 0;
+    std::size_t sampleBytes = sizeof(float);
+    bool halvesAllowed = false;
 };
 
 }  // namespace Corvel

@@ -27,6 +27,9 @@ public:
     /// picture's memory is best kept for the next frame. What it throws ends the render at this frame, as an
     /// unreadable frame does.
     virtual void apply(const FrameUnderWay& frame, Picture& picture) = 0;
+
+    /// Whether `apply` can do with pictures of halves.
+    virtual bool takesHalves() const { return false; }
 };
 
 using PictureSteps = std::vector<std::unique_ptr<PictureStep>>;

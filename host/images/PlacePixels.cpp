@@ -40,13 +40,22 @@ void placeRow(const InterleavedPixels& pixels, const float* from, Picture& pictu
     }
 }
 
+void clearUncovered(const PictureHeader& header, Picture& picture) {
+    if (overlapOf(header.data, header.display) != header.display) {
+        picture.clear();
+    }
+}
+
 }  // namespace
 
 void prepareFor(const PictureHeader& header, Picture& picture) {
     picture.reset(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
-    if (overlapOf(header.data, header.display) != header.display) {
-        picture.clear();
-    }
+    clearUncovered(header, picture);
+}
+
+void prepareHalvesFor(const PictureHeader& header, Picture& picture) {
+    picture.resetHalves(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
+    clearUncovered(header, picture);
 }
 
 void linearise(const PictureHeader& header, const Kex::Image::LUT& curve, Picture& picture) {

@@ -1,6 +1,9 @@
 #include "host/render/PictureNode.h"
 
 #include <algorithm>
+#include <cstddef>
+
+#include "host/images/ExrKernels.h"
 
 namespace Corvel {
 
@@ -19,19 +22,23 @@ void PictureNode::getChannel(int y, int x, int r, Channel channel, Kex::Image::R
     const int begin = inside ? std::clamp(0, x, r) : x;
     const int end = inside ? std::clamp(picture->width(), begin, r) : x;
     const bool opaque = inside && channel == Kex::Image::Chan_Alpha && !picture->hasAlpha();
+    const int plane = channel - Kex::Image::Chan_Red;
     // The picture's rows count from the top, a node's from the bottom.
-    const float* const samples =
-        inside && !opaque ? picture->row(channel - Kex::Image::Chan_Red, picture->height() - 1 - y) : nullptr;
-    if (samples != nullptr && begin == x && end == r) {
-        row.refer(channel, samples + x);
+    const int line = inside ? picture->height() - 1 - y : 0;
+    const bool inFloats = inside && !opaque && !picture->hasHalves();
+    if (inFloats && begin == x && end == r) {
+        row.refer(channel, picture->row(plane, line) + x);
         return;
     }
     float* const own = row.writable(channel);
     std::fill(own, own + (begin - x), 0.0F);
     if (opaque) {
         std::fill(own + (begin - x), own + (end - x), 1.0F);
-    } else if (samples != nullptr) {
-        std::copy(samples + begin, samples + end, own + (begin - x));
+    } else if (inFloats) {
+        std::copy_n(picture->row(plane, line) + begin, end - begin, own + (begin - x));
+    } else if (inside) {
+        widenHalves(picture->halfRow(plane, line) + begin, own + (begin - x),
+                    static_cast<std::size_t>(end - begin));
     }
     std::fill(own + (end - x), own + (r - x), 0.0F);
 }

@@ -5,8 +5,12 @@
 namespace Corvel {
 
 ReadAhead::ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
-                     MakePictureSteps makeSteps, PictureHeader blank)
-    : source(source), plan(std::move(plan)), makeSteps(std::move(makeSteps)), blank(std::move(blank)) {
+                     MakePictureSteps makeSteps, PictureHeader blank, Samples samples)
+    : source(source),
+      plan(std::move(plan)),
+      makeSteps(std::move(makeSteps)),
+      blank(std::move(blank)),
+      samples(samples) {
     for (std::size_t i = 0; i < std::max<std::size_t>(limits.pictures, 2); ++i) {
         freePictures.push_back(std::make_unique<Picture>());
     }
@@ -71,9 +75,13 @@ PictureHeader ReadAhead::readFrame(FrameReader& reader, const PictureSteps& step
 void ReadAhead::readFrames() {
     const std::unique_ptr<FrameReader> reader = source.createReader();
     const PictureSteps steps = makeSteps ? makeSteps() : PictureSteps{};
+    const bool mayHaveHalves =
+        samples == Samples::AlsoHalves &&
+        std::all_of(steps.begin(), steps.end(), [](const auto& step) { return step->takesHalves(); });
     std::unique_lock lock(mutex);
     while (Slot* slot = beginFrame(lock)) {
         lock.unlock();
+        slot->picture->allowHalves(mayHaveHalves);
         try {
             slot->header = readFrame(*reader, steps, blank, slot->planned, slot->position, *slot->picture);
         } catch (...) {

@@ -30,6 +30,9 @@ public:
         std::size_t pictures = 2;  ///< pictures in all, the taker's included; at least 2
     };
 
+    /// Whether the taker can do with pictures of halves. None come where there is a step that can't.
+    enum class Samples { Floats, AlsoHalves };
+
     /// A decoded frame. `picture` is lent: it goes back with the next call of `next`.
     struct Frame {
         PlannedFrame planned;
@@ -40,7 +43,7 @@ public:
     /// Starts reading. `source` must outlive this object. Where there are steps, a black frame goes through
     /// them as a black picture of the size that `blank` says, transparent where that has alpha.
     ReadAhead(const FrameSource& source, std::vector<PlannedFrame> plan, Limits limits,
-              MakePictureSteps makeSteps = {}, PictureHeader blank = {});
+              MakePictureSteps makeSteps = {}, PictureHeader blank = {}, Samples samples = Samples::Floats);
     /// Gives up the frames not yet begun and waits for those under way.
     ~ReadAhead();
     ReadAhead(const ReadAhead&) = delete;
@@ -82,6 +85,7 @@ private:
     const std::vector<PlannedFrame> plan;
     const MakePictureSteps makeSteps;
     const PictureHeader blank;
+    const Samples samples;
     std::mutex mutex;
     std::condition_variable pictureFree;  // or stopping
     std::condition_variable frameDone;

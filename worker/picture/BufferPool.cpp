@@ -16,8 +16,8 @@ void freeBuffer(void* memory, std::uint8_t*) {
 
 AVBufferRef* allocate(std::size_t bytes) try {
     auto memory = std::make_unique<Platform::LargeMemory>(Platform::allocateLarge(bytes));
-    AVBufferRef* buffer = av_buffer_create(reinterpret_cast<std::uint8_t*>(memory->get()), bytes, freeBuffer,
-                                           memory.get(), 0);
+    AVBufferRef* buffer =
+        av_buffer_create(reinterpret_cast<std::uint8_t*>(memory->get()), bytes, freeBuffer, memory.get(), 0);
     if (buffer != nullptr)
         static_cast<void>(memory.release());
     return buffer;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <string>
@@ -10,6 +11,7 @@
 #include "TemporaryFolder.h"
 #include "TestImages.h"
 #include "host/images/ExrFile.h"
+#include "host/images/ExrKernels.h"
 #include "host/images/ImageReader.h"
 
 namespace Corvel {
@@ -72,6 +74,29 @@ TEST_P(EveryKind, GivesTheSamplesThatTheLibraryGives) {
             }
         }
     }
+}
+
+TEST_P(EveryKind, LeavesHalvesAsTheyAreInAPictureOfHalves) {
+    const Kind& kind = GetParam();
+    const std::string path = folder / "noise.exr";
+    OIIO::ImageSpec spec = specOf(kind.width, kind.height, kind.compression);
+    spec.format = kind.type;
+    spec.channelformats.assign(6, kind.type);
+    writeImage(path, spec, noisePixels(spec));
+    const Window display{0, 0, kind.width, kind.height};
+    Picture halves;
+    halves.allowHalves(true);
+    halves.resetHalves(kind.width, kind.height, 4);
+    picture.reset(kind.width, kind.height, 4);
+
+    const bool read = sut.read(ExrFile(path), 0, rgba, display, halves);
+
+    ASSERT_EQ(read, kind.type == OIIO::TypeHalf);
+    ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, display, picture));
+    const std::size_t samples = read ? 4 * halves.planeStride() : 0;
+    std::vector<float> widened(samples);
+    widenHalves(halves.halfRow(0, 0), widened.data(), samples);
+    EXPECT_TRUE(std::equal(widened.begin(), widened.end(), picture.row(0, 0)));
 }
 
 INSTANTIATE_TEST_SUITE_P(ExrScanlines, EveryKind,

@@ -59,6 +59,27 @@ TEST_F(ImageReaderTest, ReadsHalfFloatsAsTheyAre) {
     expectPixel(1, 1, {0.5f, 0.25f, 0.125f, 0}, 0);
 }
 
+TEST_F(ImageReaderTest, KeepsHalvesOnlyWhereTheyAreAllowedAndNeedNoCurve) {
+    writeImage(folder / "half.exr", ImageSpec(2, 1, 3, OIIO::TypeHalf), {2.5f, -0.25f, 0, 1, 0, 1});
+    writeImage(folder / "float.exr", ImageSpec(2, 1, 3, OIIO::TypeFloat), {2.5f, -0.25f, 0, 1, 0, 1});
+    writeImage(folder / "whole.png", ImageSpec(2, 1, 3, OIIO::TypeUInt8), {1, 1, 1, 0, 0, 0});
+
+    read("half.exr");
+    EXPECT_FALSE(picture.hasHalves());
+
+    picture.allowHalves(true);
+    read("half.exr");
+    ASSERT_TRUE(picture.hasHalves());
+    EXPECT_EQ(picture.halfRow(0, 0)[0], 0x4100);
+    EXPECT_EQ(picture.halfRow(1, 0)[0], 0xb400);
+    read("half.exr", LUT::getLut(6));
+    EXPECT_FALSE(picture.hasHalves());
+    read("float.exr");
+    EXPECT_FALSE(picture.hasHalves());
+    read("whole.png");
+    EXPECT_FALSE(picture.hasHalves());
+}
+
 TEST_F(ImageReaderTest, FindsChannelsInAnyOrderAmongOthers) {
     ImageSpec layered(1, 1, 4, OIIO::TypeFloat);
     layered.channelnames = {"beauty.B", "beauty.G", "beauty.R", "depth.Z"};

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace Corvel {
 namespace {
 
@@ -26,6 +28,17 @@ protected:
                     picture.row(c, y)[x] = static_cast<float>(100 * c + 10 * y + x);
                 }
             }
+        }
+        sut.show(&picture);
+    }
+
+    // The same of halves: 1, 2, 3, … as their bits, row by row.
+    void makeHalves(int width, int height) {
+        constexpr Picture::Half bits[] = {0x3c00, 0x4000, 0x4200, 0x4400, 0x4500, 0x4600};
+        picture.allowHalves(true);
+        picture.resetHalves(width, height, 3);
+        for (int c = 0; c < 3; ++c) {
+            std::copy_n(bits, width * height, picture.halfRow(c, 0));
         }
         sut.show(&picture);
     }
@@ -60,6 +73,15 @@ TEST_F(PictureNodeTest, RefersToThePictureInsteadOfCopying) {
 TEST_F(PictureNodeTest, GivesColumnsFromTheMiddle) {
     makePicture(4, 1, 3);
     EXPECT_EQ(get(0, 1, 3, Chan_Blue), (Samples{201, 202}));
+}
+
+TEST_F(PictureNodeTest, GivesHalvesAsFloats) {
+    makeHalves(3, 2);
+    EXPECT_EQ(get(1, 0, 3, Chan_Green), (Samples{1, 2, 3}));
+    EXPECT_EQ(get(0, 0, 3, Chan_Blue), (Samples{4, 5, 6}));
+    EXPECT_EQ(get(0, 1, 4, Chan_Red), (Samples{5, 6, 0}));
+    EXPECT_EQ(get(0, -1, 3, Chan_Alpha), (Samples{0, 1, 1, 1}));
+    EXPECT_EQ(get(2, 0, 1, Chan_Red), (Samples{0}));
 }
 
 TEST_F(PictureNodeTest, IsOpaqueWhereThePictureHasNoAlpha) {

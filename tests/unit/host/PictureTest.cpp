@@ -36,6 +36,21 @@ TEST(Picture, ClearsEverySample) {
     }
 }
 
+TEST(Picture, OfHalvesTakesHalfTheMemoryAndIsOfFloatsAgainAfterReset) {
+    Picture sut;
+    EXPECT_FALSE(sut.allowsHalves());
+    sut.allowHalves(true);
+    sut.resetHalves(5, 3, 4);
+    EXPECT_TRUE(sut.hasHalves());
+    EXPECT_EQ(sut.halfRow(1, 2) - sut.halfRow(0, 0), 25);
+    sut.halfRow(3, 2)[4] = 1;
+    sut.clear();
+    EXPECT_EQ(sut.halfRow(3, 2)[4], 0);
+    sut.reset(5, 3, 4);
+    EXPECT_FALSE(sut.hasHalves());
+    EXPECT_TRUE(sut.allowsHalves());
+}
+
 TEST(Picture, CountsBytesBeyondFourGiB) {
     EXPECT_EQ(Picture::bytes(65536, 65536, 4), std::size_t{65536} * 65536 * 16);
 }

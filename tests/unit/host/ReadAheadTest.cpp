@@ -31,6 +31,34 @@ TEST(ReadAhead, GivesFramesInOrderWhateverThreadReadsThem) {
     EXPECT_FALSE(sut.next());
 }
 
+TEST(ReadAhead, AllowsHalvesWhereTheTakerDoesAndNoStepNeedsFloats) {
+    class Nothing : public PictureStep {
+    public:
+        explicit Nothing(bool halves) : halves(halves) {}
+        void apply(const FrameUnderWay&, Picture&) override {}
+        bool takesHalves() const override { return halves; }
+
+    private:
+        const bool halves;
+    };
+    const auto stepThatTakes = [](bool halves) {
+        return [halves] {
+            PictureSteps steps;
+            steps.push_back(std::make_unique<Nothing>(halves));
+            return steps;
+        };
+    };
+    const FakeSource source({1});
+    const auto allows = [&](const MakePictureSteps& steps, ReadAhead::Samples samples) {
+        ReadAhead sut(source, planOf(1), {1, 2}, steps, {}, samples);
+        return sut.next()->picture->allowsHalves();
+    };
+    EXPECT_TRUE(allows({}, ReadAhead::Samples::AlsoHalves));
+    EXPECT_TRUE(allows(stepThatTakes(true), ReadAhead::Samples::AlsoHalves));
+    EXPECT_FALSE(allows(stepThatTakes(false), ReadAhead::Samples::AlsoHalves));
+    EXPECT_FALSE(allows({}, ReadAhead::Samples::Floats));
+}
+
 TEST(ReadAhead, UsesNoMorePicturesThanItMay) {
     const FakeSource source({1});
     ReadAhead sut(source, planOf(100), {3, 4});
