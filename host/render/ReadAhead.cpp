@@ -33,8 +33,8 @@ ReadAhead::~ReadAhead() {
 ReadAhead::Limits ReadAhead::limitsFor(unsigned threads, std::size_t pictureBytes, std::size_t memoryBytes) {
     const std::size_t affordable =
         std::max<std::size_t>(memoryBytes / std::max<std::size_t>(pictureBytes, 1), 2);
-    // The taker has one, each thread fills one, and as many lie ready.
-    const std::size_t useful = std::size_t{2} * threads + 1;
+    // The taker has one, each thread fills one, and one lies ready. More would only be more memory to touch.
+    const std::size_t useful = std::size_t{threads} + 2;
     Limits limits;
     limits.pictures = std::min(affordable, useful);
     limits.threads = static_cast<unsigned>(std::clamp<std::size_t>(limits.pictures - 1, 1, threads));

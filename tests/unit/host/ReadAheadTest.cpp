@@ -200,7 +200,7 @@ TEST(ReadAhead, CanBeGivenUpAtAnyTime) {
 TEST(ReadAheadLimits, HaveWorkForEveryThread) {
     const ReadAhead::Limits limits = ReadAhead::limitsFor(4, 1000, 1'000'000);
     EXPECT_EQ(limits.threads, 4u);
-    EXPECT_EQ(limits.pictures, 9u);
+    EXPECT_EQ(limits.pictures, 6u);
 }
 
 TEST(ReadAheadLimits, StayWithinTheMemory) {
