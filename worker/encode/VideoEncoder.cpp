@@ -167,25 +167,32 @@ std::int64_t VideoEncoder::Pipeline::delayOf(const AVPacket& first, const Encode
 }
 
 void VideoEncoder::Pipeline::deliver() {
+    std::exception_ptr reason;
     try {
         while (PacketPointer packet = packets.take())
             sink(*packet);
     } catch (...) {
-        fail(std::current_exception());
+        reason = std::current_exception();
     }
+    if (reason)
+        fail(std::move(reason));
 }
 
 void VideoEncoder::Pipeline::guarded(void (Pipeline::*work)(EncoderContext&), EncoderContext& context) {
+    std::exception_ptr reason;
     try {
         (this->*work)(context);
     } catch (...) {
-        fail(std::current_exception());
+        reason = std::current_exception();
     }
+    if (reason)
+        fail(std::move(reason));
     if (--busyEncoders == 0)
         packets.end();
 }
 
-/// The first failure counts; what follows from it is not reported.
+/// The first failure counts; what follows from it is not reported. Called outside of the handler, so that the
+/// thread that is told of it is the last to hold it.
 void VideoEncoder::Pipeline::fail(std::exception_ptr reason) {
     {
         const std::lock_guard lock(failureMutex);
