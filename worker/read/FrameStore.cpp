@@ -17,6 +17,9 @@ constexpr std::size_t longestStep = 8;
 constexpr std::size_t framesBehind = 8;
 /// In either direction, this many frames that the host has left behind are kept.
 constexpr std::size_t framesLeft = 2;
+/// The part of the budget that is kept for a host that jumps about among frames that each stand for
+/// themselves: fresh memory for one costs a third of what decoding it does, and few are asked for again.
+constexpr std::size_t partForJumps = 4;
 /// A key packet no further ahead than this is reached by decoding on, since starting anew costs as much.
 constexpr std::size_t shortestJump = 4;
 /// Frames come out in showing order, but for movies whose times are wrong: so many later ones are waited for
@@ -200,7 +203,9 @@ void FrameStore::evict() {
     while (direction == Direction::Backward && !frames.empty() &&
            std::prev(frames.end())->first > anchor + framesLeft)
         drop(std::prev(frames.end()));
-    while (heldBytes > budget && frames.size() > 1) {
+    const bool jumps = direction == Direction::None && decoder.isIntraOnly();
+    const std::size_t limit = jumps ? budget / partForJumps : budget;
+    while (heldBytes > limit && frames.size() > 1) {
         const auto first = frames.begin();
         const auto last = std::prev(frames.end());
         const std::size_t below = anchor - std::min(anchor, first->first);
