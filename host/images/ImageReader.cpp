@@ -24,8 +24,8 @@ public:
     explicit FileReader(PictureChoice wanted) : choice(std::move(wanted)) {}
 
     PictureHeader readHeader(const std::string& path) override {
-        if (const auto integers = stateOfIntegers(path, choice)) {
-            return integers->header;
+        if (const auto stated = stateOfIntegers(path, choice)) {
+            return stated->header;
         }
         const ExrFile file(path);
         const std::optional<ExrStatement> statement = statementOf(file);

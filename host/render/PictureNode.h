@@ -23,7 +23,7 @@ public:
 
     /// Nothing to do: the picture is decoded already.
     void request(int, int, int, int, Kex::Image::ChannelSet, int) override {}
-    /// Rows refer to the picture's samples where it spans all columns asked for.
+    /// Rows refer to the picture's samples where those are floats and it spans all columns asked for.
     void get(int y, int x, int r, Kex::Image::ChannelSet channels, Kex::Image::Row& row) override;
 
     Kex::Image::MetaData::Bundle fetchMetaData(const char* key) const override;

@@ -173,10 +173,10 @@ PictureHeader ImageRun::headerOf(const ReadAhead::Frame& frame) const {
     // A frame that fills a gap has the header of another one, or none; a time code from the person counts
     // from the first frame.
     const bool isSlate = plan.slate && frame.planned == plan.frames.front();
-    const auto start = plan.metadata.find("input/timecode");
-    if (start != plan.metadata.end() && (!request.timecode.empty() || frame.planned.isFilled() || isSlate)) {
+    const auto first = plan.metadata.find("input/timecode");
+    if (first != plan.metadata.end() && (!request.timecode.empty() || frame.planned.isFilled() || isSlate)) {
         const int position = frame.planned.number - plan.frames.front().number - plan.timecodeLead;
-        header.metadata["input/timecode"] = timecodeAfter(start->second, position, nominalRateOf(plan));
+        header.metadata["input/timecode"] = timecodeAfter(first->second, position, nominalRateOf(plan));
     }
     if (!request.reel.empty()) {
         header.metadata["quicktime/reel"] = request.reel;

@@ -51,16 +51,24 @@ protected:
     Picture picture;
 };
 
-class EveryKind : public ExrScanlinesTest, public testing::WithParamInterface<Kind> {};
+class EveryKind : public ExrScanlinesTest, public testing::WithParamInterface<Kind> {
+protected:
+    // A file of that kind; `between` is what the channel between the wanted ones in the file's own order is.
+    std::string noiseFile(OIIO::TypeDesc between) const {
+        OIIO::ImageSpec spec = specOf(kind.width, kind.height, kind.compression);
+        spec.format = kind.type;
+        spec.channelformats.assign(6, kind.type);
+        spec.channelformats[4] = between;
+        const std::string path = folder / "noise.exr";
+        writeImage(path, spec, noisePixels(spec));
+        return path;
+    }
+
+    const Kind& kind = GetParam();
+};
 
 TEST_P(EveryKind, GivesTheSamplesThatTheLibraryGives) {
-    const Kind& kind = GetParam();
-    const std::string path = folder / "noise.exr";
-    OIIO::ImageSpec spec = specOf(kind.width, kind.height, kind.compression);
-    spec.format = kind.type;
-    spec.channelformats.assign(6, kind.type);
-    spec.channelformats[4] = OIIO::TypeFloat;  // between the wanted ones in the file's own order
-    writeImage(path, spec, noisePixels(spec));
+    const std::string path = noiseFile(OIIO::TypeFloat);
     picture.reset(kind.width, kind.height, 4);
 
     ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, {0, 0, kind.width, kind.height}, picture));
@@ -77,12 +85,7 @@ TEST_P(EveryKind, GivesTheSamplesThatTheLibraryGives) {
 }
 
 TEST_P(EveryKind, LeavesHalvesAsTheyAreInAPictureOfHalves) {
-    const Kind& kind = GetParam();
-    const std::string path = folder / "noise.exr";
-    OIIO::ImageSpec spec = specOf(kind.width, kind.height, kind.compression);
-    spec.format = kind.type;
-    spec.channelformats.assign(6, kind.type);
-    writeImage(path, spec, noisePixels(spec));
+    const std::string path = noiseFile(kind.type);
     const Window display{0, 0, kind.width, kind.height};
     Picture halves;
     halves.allowHalves(true);
