@@ -101,6 +101,13 @@ TEST(LargePages, AreOfNoUseToASmallMapping) {
     EXPECT_EQ(Morvane::Platform::hintForLargePages(1 << 20), nullptr);
 }
 
+TEST(LargePages, HoldTheEndOfALargeMappingToo) {
+    constexpr std::uint64_t megabyte = std::uint64_t{1} << 20;
+    EXPECT_EQ(Morvane::Platform::lengthToMap(megabyte + 1), megabyte + 1);
+    EXPECT_EQ(Morvane::Platform::lengthToMap(33 * megabyte + 1), 34 * megabyte);
+    EXPECT_EQ(Morvane::Platform::lengthToMap(34 * megabyte), 34 * megabyte);
+}
+
 TEST(LargePages, FitWhereALargeMappingIsHintedAt) {
     void* const hint = Morvane::Platform::hintForLargePages(std::uint64_t{33} << 20);
 
