@@ -45,6 +45,12 @@ struct FreeFilter {
     void operator()(void* filter) const { seccomp_release(filter); }
 };
 
+/// A condition on argument `number` of a call. The library's own macros for it are C alone.
+scmp_arg_cmp argument(unsigned int number, scmp_compare comparison, scmp_datum_t first,
+                      scmp_datum_t second = 0) {
+    return {number, comparison, first, second};
+}
+
 class Filter {
 public:
     Filter() : context(seccomp_init(SCMP_ACT_ALLOW)) {
@@ -84,14 +90,14 @@ void filterCalls() {
             filter.refuse(call, EPERM);
         // Threads share all with their maker. The newer call hides its flags from filters; the C library
         // falls back to the older one where there is none.
-        filter.refuse("clone", EPERM, SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0));
+        filter.refuse("clone", EPERM, argument(0, SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0));
         filter.refuse("clone3", ENOSYS);
     }
     const auto self = static_cast<scmp_datum_t>(getpid());
-    filter.refuse("kill", EPERM, SCMP_A0(SCMP_CMP_NE, self));
-    filter.refuse("tgkill", EPERM, SCMP_A0(SCMP_CMP_NE, self));
+    filter.refuse("kill", EPERM, argument(0, SCMP_CMP_NE, self));
+    filter.refuse("tgkill", EPERM, argument(0, SCMP_CMP_NE, self));
     constexpr scmp_datum_t typeIntoTerminal = 0x5412;  // TIOCSTI
-    filter.refuse("ioctl", EPERM, SCMP_A1(SCMP_CMP_EQ, typeIntoTerminal));
+    filter.refuse("ioctl", EPERM, argument(1, SCMP_CMP_EQ, typeIntoTerminal));
     filter.load();
 }
 

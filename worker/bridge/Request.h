@@ -23,8 +23,8 @@ public:
     std::span<const std::byte> payload(std::uint64_t bytes) { return bridge.payload(bytes); }
     std::string payloadText() { return bridge.payloadText(); }
 
-    /// Answers with `text`. No zero byte in it can arrive.
-    void answer(std::string text) { answerText = std::move(text); }
+    /// Answers with `words`. No zero byte in them can arrive.
+    void answer(std::string words) { answerText = std::move(words); }
 
     /// Answers with `bytes` bytes of data, which the handler writes into the span. It must fill them before
     /// it returns; whatever it throws is answered instead.

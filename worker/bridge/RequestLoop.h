@@ -14,7 +14,8 @@ public:
     /// Both must outlive the loop.
     RequestLoop(BridgeEnd& end, Mode& requestMode) : bridge(end), mode(requestMode) {}
 
-    /// Serves until `end` is called. A request in flight then is answered first.
+    /// Serves until `end` is called. A request that is being served then is answered first; one that comes at
+    /// that moment may not be, as when a worker dies.
     void run();
 
     /// Ends the loop; a handler that waits is interrupted. Any thread, while the mode lives.

@@ -63,10 +63,10 @@ struct Report {
 }
 
 // The next report, nothing when none comes within the time or the process has ended without one.
-std::optional<Report> nextReport(int readEnd, std::chrono::milliseconds patience) {
+std::optional<Report> nextReport(int readEnd, std::chrono::milliseconds within) {
     pollfd waited{readEnd, POLLIN, 0};
     Report report{};
-    if (poll(&waited, 1, static_cast<int>(patience.count())) != 1 ||
+    if (poll(&waited, 1, static_cast<int>(within.count())) != 1 ||
         read(readEnd, &report, sizeof report) != sizeof report) {
         return std::nullopt;
     }

@@ -22,12 +22,12 @@ constexpr int bufferBytes = 1 << 18;
 
 }  // namespace
 
-void FragmentMuxer::FreeFormat::operator()(AVFormatContext* format) const {
-    if (format->pb) {
-        av_freep(&format->pb->buffer);
-        avio_context_free(&format->pb);
+void FragmentMuxer::FreeFormat::operator()(AVFormatContext* context) const {
+    if (context->pb) {
+        av_freep(&context->pb->buffer);
+        avio_context_free(&context->pb);
     }
-    avformat_free_context(format);
+    avformat_free_context(context);
 }
 
 void FragmentMuxer::FreePacket::operator()(AVPacket* packet) const {

@@ -41,7 +41,7 @@ public:
 
 private:
     struct FreeFormat {
-        void operator()(AVFormatContext* format) const;
+        void operator()(AVFormatContext* context) const;
     };
     struct FreePacket {
         void operator()(AVPacket* packet) const;
