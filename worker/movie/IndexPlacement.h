@@ -15,6 +15,10 @@ struct UnplacedMovie {
     std::int64_t end = 0;            ///< bytes of the file that count; what lies behind is cut off
 };
 
+/// Where there are so many bytes of media, copying them costs more than the gap that is left in a movie
+/// otherwise: 2 MiB, a twenty-seventh of it at most.
+constexpr std::int64_t usualFewestInPlace = std::int64_t{54} << 20;
+
 /// Turns the fragmented movie in `file` into an ordinary one, with its index before the media or after it,
 /// brings it to the disk, reads the index back and compares it. At every moment the file at the path is a
 /// movie, the fragmented or the ordinary one: the change is one rename, or one write of 8 bytes. Where a copy

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "worker/movie/IndexPlacement.h"
 #include "worker/movie/MovieTracks.h"
 #include "worker/movie/OutputFile.h"
 #include "worker/sound/SampleFormat.h"
@@ -42,7 +43,7 @@ public:
         ExistingFile existing = ExistingFile::Replace;
         /// Media of fewer bytes are copied once when the movie is finished, so that no gap is left in it
         /// where the index was waited for; larger ones stay where they are.
-        std::int64_t fewestBytesInPlace = std::int64_t{64} << 20;
+        std::int64_t fewestBytesInPlace = usualFewestInPlace;
         /// A packet waits at most so long before it is written; what is left of half a second is for writing
         /// it. 0: each is written at once.
         std::chrono::milliseconds longestWait{400};
@@ -64,7 +65,7 @@ public:
     /// Adds one sound track with everything the file's best audio stream holds, uncompressed, at its own
     /// rate, channels and layout, exact to the sample. `offsetSeconds` above 0 puts silence before it, below
     /// 0 drops its beginning; it is rounded to the nearest sample. BadArgument: no sound in that file,
-    /// nothing left of it, an offset beyond 24 hours. Nothing is added then.
+    /// nothing left of it, an offset or a beginning beyond 24 hours. Nothing is added then.
     void addAudioFile(const std::string& audioPath, double offsetSeconds);
 
     /// The form of what `addSamples` brings; begins a sound track of its own. REQUIRES: no samples are open.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "worker/movie/IndexPlacement.h"
 #include "worker/movie/MovieTracks.h"
 
 #include <cstdint>
@@ -21,7 +22,6 @@ struct RecoveredMovie {
 /// the path is at every moment either what it was or the whole movie. Media below `fewestBytesInPlace` are
 /// copied beside it and renamed over it. Throws StatusError: NotFound, NoPermission, BadArgument (no movie of
 /// this program, or none of its frames is whole), DiskFull, InputOutput.
-RecoveredMovie recoverMovie(const std::string& path,
-                            std::int64_t fewestBytesInPlace = std::int64_t{64} << 20);
+RecoveredMovie recoverMovie(const std::string& path, std::int64_t fewestBytesInPlace = usualFewestInPlace);
 
 }  // namespace Morvane::Worker
