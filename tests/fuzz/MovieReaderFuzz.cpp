@@ -1,8 +1,5 @@
 // Any file may be given as a movie: it is read or refused with a StatusError.
 
-#include <sys/mman.h>
-
-#include <cstdlib>
 #include <new>
 #include <vector>
 
@@ -12,6 +9,7 @@ extern "C" {
 }
 
 #include "tests/fuzz/FuzzPlace.h"
+#include "tests/fuzz/MemoryFile.h"
 #include "worker/Status.h"
 #include "worker/read/MovieReader.h"
 
@@ -21,23 +19,6 @@ namespace {
 
 constexpr std::uint64_t mostFrameBytes = std::uint64_t{64} << 20;
 constexpr std::size_t mostAllocated = std::size_t{512} << 20;
-
-// A file that lies in memory.
-class MemoryFile {
-public:
-    MemoryFile(const std::uint8_t* data, std::size_t size) : descriptor(memfd_create("movie", MFD_CLOEXEC)) {
-        if (write(descriptor, data, size) != static_cast<ssize_t>(size))
-            std::abort();
-    }
-    ~MemoryFile() { close(descriptor); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string path() const { return "/proc/self/fd/" + std::to_string(descriptor); }
-
-private:
-    int descriptor;
-};
 
 void readAll(const std::string& path) {
     MovieReader reader(path, MovieReader::Access::Frames);
@@ -64,7 +45,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const Morvane::Fuzz::FuzzPlace place;
     av_log_set_level(AV_LOG_QUIET);
     av_max_alloc(mostAllocated);
-    const MemoryFile file(data, size);
+    const Morvane::Fuzz::MemoryFile file(data, size);
     try {
         readAll(file.path());
     } catch (const StatusError&) {

@@ -35,9 +35,11 @@ struct FreeFormat {
 /// Bytes of media that are put into the file at once.
 constexpr std::size_t largestBlock = std::size_t{1} << 24;
 
-/// Half a second: players that read sound and pictures in turn need not seek far.
-std::int64_t framesPerChunk(std::uint32_t sampleRate) {
-    return std::max<std::int64_t>(1, sampleRate / 2);
+/// Half a second: players that read sound and pictures in turn need not seek far. Less where a file claims
+/// a rate and channels with which that would fill the memory.
+std::int64_t framesPerChunk(std::uint32_t sampleRate, std::size_t bytesPerFrame) {
+    const auto most = static_cast<std::int64_t>(largestBlock / bytesPerFrame);
+    return std::clamp<std::int64_t>(sampleRate / 2, 1, most);
 }
 
 void check(int result) {
@@ -94,8 +96,9 @@ SoundTrackWriter::SoundTrackWriter(const SoundFormat& soundFormat, AppendMedia a
     : format(soundFormat), append(std::move(appendMedia)), track(soundIndexTrack(format)) {}
 
 void SoundTrackWriter::add(ByteView sound) {
-    const auto chunkBytes =
-        static_cast<std::size_t>(framesPerChunk(format.sampleRate)) * format.bytesPerFrame();
+    const std::size_t frameBytes = format.bytesPerFrame();
+    const std::size_t chunkBytes =
+        static_cast<std::size_t>(framesPerChunk(format.sampleRate, frameBytes)) * frameBytes;
     while (!sound.empty()) {
         const std::size_t count = std::min(chunkBytes - pending.size(), sound.size());
         pending.insert(pending.end(), sound.begin(), sound.begin() + static_cast<std::ptrdiff_t>(count));
@@ -107,10 +110,15 @@ void SoundTrackWriter::add(ByteView sound) {
 }
 
 void SoundTrackWriter::addSilence(std::int64_t frames) {
-    const Bytes silence(static_cast<std::size_t>(framesPerChunk(format.sampleRate)) * format.bytesPerFrame());
+    if (frames <= 0) {
+        return;
+    }
+    const std::size_t frameBytes = format.bytesPerFrame();
+    const std::int64_t most = std::min<std::int64_t>(frames, framesPerChunk(format.sampleRate, frameBytes));
+    const Bytes silence(static_cast<std::size_t>(most) * frameBytes);
     while (frames > 0) {
-        const std::int64_t count = std::min(frames, framesPerChunk(format.sampleRate));
-        add(ByteView(silence).first(static_cast<std::size_t>(count) * format.bytesPerFrame()));
+        const std::int64_t count = std::min(frames, most);
+        add(ByteView(silence).first(static_cast<std::size_t>(count) * frameBytes));
         frames -= count;
     }
 }
@@ -138,6 +146,12 @@ IndexTrack writeSoundFile(const std::string& audioPath, double offsetSeconds, co
     }
     const std::int64_t position =
         sound.startDelay() + std::llround(offsetSeconds * sound.format().sampleRate);
+    if (position > latestSoundSeconds * sound.format().sampleRate) {
+        throw StatusError(
+            Status::BadArgument,
+            fmt::format("cannot add {}: its sound would begin more than 24 hours after the movie",
+                        audioPath));
+    }
     const std::size_t frameBytes = sound.format().bytesPerFrame();
     SoundTrackWriter track(sound.format(), append);
     track.addSilence(position);
@@ -199,7 +213,8 @@ void PositionedSound::add(std::int64_t position, std::int64_t count, const std::
 
 void PositionedSound::index(IndexTrack& track, std::int64_t offset, std::int64_t count) const {
     while (count > 0) {
-        const std::int64_t frames = std::min(count, framesPerChunk(format.sampleRate));
+        const std::int64_t frames =
+            std::min(count, framesPerChunk(format.sampleRate, SampleFormat::bytesPerFrame));
         track.samples.addUniform(offset, static_cast<std::uint32_t>(frames), SampleFormat::bytesPerFrame);
         offset += frames * static_cast<std::int64_t>(SampleFormat::bytesPerFrame);
         count -= frames;
@@ -208,12 +223,12 @@ void PositionedSound::index(IndexTrack& track, std::int64_t offset, std::int64_t
 
 IndexTrack PositionedSound::finish() {
     IndexTrack track = soundIndexTrack(trackFormatOf(format));
-    const Bytes silence(static_cast<std::size_t>(framesPerChunk(format.sampleRate)) *
-                        SampleFormat::bytesPerFrame);
+    const std::int64_t most = framesPerChunk(format.sampleRate, SampleFormat::bytesPerFrame);
+    const Bytes silence(static_cast<std::size_t>(most) * SampleFormat::bytesPerFrame);
     std::int64_t position = 0;
     for (const auto& [start, block] : blocks) {
         while (position < start) {
-            const std::int64_t count = std::min(start - position, framesPerChunk(format.sampleRate));
+            const std::int64_t count = std::min(start - position, most);
             const std::int64_t offset = append(
                 ByteView(silence).first(static_cast<std::size_t>(count) * SampleFormat::bytesPerFrame));
             index(track, offset, count);

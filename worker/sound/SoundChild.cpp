@@ -71,6 +71,8 @@ void decode(const std::string& path) {
 
 void confineTo(const std::string& path) {
     std::signal(SIGPIPE, SIG_IGN);
+    // The limit on files is met by what the library says on standard error, too, where that is a file.
+    std::signal(SIGXFSZ, SIG_IGN);
     Platform::endWithParent();
     if (Platform::isConfinementWanted()) {
         Platform::confine({.readable = {path},

@@ -10,6 +10,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
+#include <libavutil/common.h>
 #include <libavutil/samplefmt.h>
 #include <libswresample/swresample.h>
 }
@@ -153,10 +154,9 @@ private:
                 fmt::format("cannot read sound from {}: it says neither rate nor channels", path));
         }
         if (stream->start_time != AV_NOPTS_VALUE && format->start_time != AV_NOPTS_VALUE) {
-            const std::int64_t fileStart =
-                av_rescale_q(format->start_time, AV_TIME_BASE_Q, {1, codec->sample_rate});
-            delay = std::max<std::int64_t>(
-                0, av_rescale_q(stream->start_time, stream->time_base, {1, codec->sample_rate}) - fileStart);
+            const std::int64_t fileStart = framesUntil(format->start_time, {1, AV_TIME_BASE});
+            const std::int64_t start = framesUntil(stream->start_time, stream->time_base);
+            delay = std::max<std::int64_t>(0, av_sat_sub64(start, fileStart));
         }
         AVChannelLayout* layout = &codec->ch_layout;
         SwrContext* context = nullptr;
@@ -170,6 +170,17 @@ private:
             throw StatusError(statusOfLibraryError(result, Status::BadArgument),
                               fmt::format("cannot convert the sound of {}: {}", path, libraryReason(result)));
         }
+    }
+
+    /// Sample frames from time 0 until `time`.
+    std::int64_t framesUntil(std::int64_t time, AVRational timeBase) const {
+        const std::int64_t frames = av_rescale_q(time, timeBase, {1, codec->sample_rate});
+        // What the library answers where the number does not fit.
+        if (frames == INT64_MIN) {
+            throw StatusError(Status::BadArgument,
+                              fmt::format("cannot read sound from {}: its times are impossible", path));
+        }
+        return frames;
     }
 
     void sendNextPacket() {

@@ -275,6 +275,19 @@ TEST_F(MovieSoundRefusalTest, AnOffsetThatIsNoneOrBeyondADay) {
     EXPECT_EQ(statusOfAdding(folder.file("short.wav"), 90000), Status::BadArgument);
 }
 
+TEST_F(MovieSoundRefusalTest, TheSoundOfAMovieThatBeginsMoreThanADayAfterItsPictures) {
+    const std::string source = folder.file("source.mov");
+    makeSound(folder.file("short.wav"), "pcm_s16le", 8000, "mono", 1, 800);
+    outputOf({"ffmpeg",     "-v",    "error", "-y",
+              "-f",         "lavfi", "-i",    "color=s=32x32:d=1:r=25",
+              "-itsoffset", "90000", "-i",    folder.file("short.wav"),
+              "-map",       "0",     "-map",  "1",
+              "-c:v",       "mjpeg", "-c:a",  "pcm_s16le",
+              source});
+
+    EXPECT_EQ(statusOfAdding(source, 0), Status::BadArgument);
+}
+
 class PositionedSoundTest : public testing::Test {
 protected:
     PositionedSoundTest() : packets(tinyFrames(24)), path(folder.file("a.mov")) {}

@@ -74,6 +74,11 @@ TEST_F(SoundFileTest, RefusesWhatIsNoSound) {
     EXPECT_EQ(failureOf([&] { SoundFile sut(path); }), Status::BadArgument);
 }
 
+TEST_F(SoundFileTest, RefusesSoundAtATimeThatIsTooFarOffToCount) {
+    // A movie whose pictures begin after a second, its sound after 9,000,000,000,000.
+    EXPECT_EQ(failureOf([] { SoundFile sut(SOUND_FILES "/movie-far-apart"); }), Status::BadArgument);
+}
+
 TEST_F(SoundFileTest, EndsItsDecoderThoughMuchIsUnread) {
     writeSilence(60);
     SoundFile sut(path);
