@@ -18,9 +18,8 @@ rm -rf "$reports" && mkdir -p "$reports"
 # The sanitizer loads libraries in the programs' place, and does not know where those look for them.
 export LD_LIBRARY_PATH=$build/Corvel.app/Contents/Frameworks
 export TSAN_OPTIONS="suppressions=$root/tests/thread-suppressions.txt:log_path=$reports/report:die_after_fork=0:allocator_may_return_null=1"
-# Left out: what is of the environment set above, and a worker that may be told to end before it is held, as slow as
-# it is here.
-leftOut='ConfinementTest.IsInForce|PluginFile.FindsTheLibrary|PausedWindowOutput.TheWorkerEnds'
+# Left out: what is of the environment set above.
+leftOut='ConfinementTest.IsInForce|PluginFile.FindsTheLibrary'
 failed=0
 for folder in "${folders[@]}"; do
     # A confined worker could not write down what was found; the unit tests are of confinement, too.

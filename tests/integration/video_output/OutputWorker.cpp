@@ -7,18 +7,23 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include "Program.h"
+#include "processbridge/ResourceNames.h"
 #include "property/FieldEncoding.h"
 #include "quicktime/BridgeName.h"
 
 namespace Morvane::Testing {
 
 namespace {
+
+constexpr std::chrono::seconds patience{30};
 
 /// What the test writes to standard error goes to `file` while it lives, and so does what a worker that is
 /// started meanwhile ever writes.
@@ -55,6 +60,7 @@ OutputWorker::OutputWorker(QuickTime::VideoOutputHandle device, const std::strin
 template <typename... Arguments>
 void OutputWorker::start(const Arguments&... arguments) {
     const std::string identifier = QuickTime::makeBridgeName();
+    dataFile = ProcessBridge::ResourceNames(identifier).dataFile;
     folder = std::filesystem::path(CORVEL_SCRATCH_FOLDER) / ("VideoOutput-" + identifier);
     create_directories(folder);
     setenv("CORVEL_TEMP_DIR", folder.c_str(), 1);
@@ -80,6 +86,31 @@ std::vector<std::string> OutputWorker::deviceNames() {
     for (std::size_t field = 0; field < fields.size(); field += 2)
         names.push_back(fields[field]);
     return names;
+}
+
+bool OutputWorker::hasMapped(std::uint64_t bytes) const {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (mappedBytes() < bytes) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+/// Of the largest mapping that it has of the shared data file.
+std::uint64_t OutputWorker::mappedBytes() const {
+    std::uint64_t most = 0;
+    std::ifstream maps("/proc/" + std::to_string(worker) + "/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::istringstream fields(line);
+        std::uint64_t begin = 0;
+        std::uint64_t end = 0;
+        char dash = 0;
+        if (line.ends_with("/" + dataFile) && fields >> std::hex >> begin >> dash >> end)
+            most = std::max(most, end - begin);
+    }
+    return most;
 }
 
 std::string OutputWorker::standardError() const {

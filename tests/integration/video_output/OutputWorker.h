@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -31,6 +32,10 @@ public:
     /// The worker's process.
     pid_t pid() const { return worker; }
 
+    /// Waits until it has mapped `bytes` bytes of the shared data file, which it does when it begins with a
+    /// frame and the file has grown. False where patience runs out before.
+    bool hasMapped(std::uint64_t bytes) const;
+
     /// What it has written to standard error so far.
     std::string standardError() const;
 
@@ -46,7 +51,10 @@ private:
     template <typename... Arguments>
     void start(const Arguments&... arguments);
 
+    std::uint64_t mappedBytes() const;
+
     std::filesystem::path folder;
+    std::string dataFile;  ///< its name
     std::unique_ptr<QuickTime::QuickTimeVideoOutputIPCController> controller;
     pid_t worker = -1;
 };
