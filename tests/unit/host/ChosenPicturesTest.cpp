@@ -4,8 +4,6 @@
 #include <OpenImageIO/deepdata.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-
 #include "host/image_library/LibraryReader.h"
 #include "host/images/ImageReader.h"
 #include "tests/unit/host/TemporaryFolder.h"
@@ -215,17 +213,13 @@ TEST_F(ChosenPictures, OtherFormatsHavePartsToo) {
 TEST_F(ChosenPictures, DamagedHeadersEndInAnErrorOrAPicture) {
     writeParts({specOf({"R", "G", "B", "left.R"}, "zip", "rgba.left", "left"),
                 specOf({"R", "G", "B"}, "zip", "rgba.right", "right")});
-    std::string bytes;
-    {
-        std::ifstream file(path, std::ios::binary);
-        bytes.assign(std::istreambuf_iterator<char>(file), {});
-    }
+    const std::string bytes = bytesOf(path);
     const std::string other = folder / "damaged.exr";
     const std::vector<PictureChoice> choices{{}, {.view = "right"}, {.part = "1"}, {.layer = "rgba"}};
     for (std::size_t at = 4; at < 900; at += 7) {
         std::string damaged = bytes;
         damaged[at] = static_cast<char>(at % 3 == 0 ? 0xff : at % 3 == 1 ? 0 : damaged[at] ^ 0x41);
-        std::ofstream(other, std::ios::binary | std::ios::trunc) << damaged;
+        writeBytes(other, damaged);
         try {
             Picture picture;
             createImageReader(choices[at % choices.size()])->read(other, nullptr, picture);

@@ -4,7 +4,6 @@
 
 #include <cstdint>
 #include <cstring>
-#include <fstream>
 #include <random>
 
 #include "tests/unit/host/TemporaryFolder.h"
@@ -104,8 +103,7 @@ protected:
     void tryDamaged(Reader reader, const std::string& name) {
         IntegerFile file;
         const std::size_t samples = byLibrary(folder / name, file).size();
-        std::ifstream stream(folder / name, std::ios::binary);
-        const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+        const std::string whole = bytesOf(folder / name);
         const std::string damaged = folder / ("damaged-" + name);
         file.path = damaged;
         std::mt19937 random(5);
@@ -119,7 +117,7 @@ protected:
                     attempt % 3 == 1 ? std::min<std::size_t>(bytes.size(), 900) : bytes.size();
                 bytes[random() % range] = static_cast<char>(random());
             }
-            std::ofstream(damaged, std::ios::binary) << bytes;
+            writeBytes(damaged, bytes);
             const bool done = sut.read(reader, file);
             EXPECT_TRUE(!done || sut.samples.size() == samples) << "attempt " << attempt;
         }
@@ -147,8 +145,7 @@ TEST_F(IntegerFileTest, PngOfEveryKindAndFilterIsReadAsByTheLibrary) {
 TEST_F(IntegerFileTest, PngInManyPiecesIsReadWhole) {
     ImageSpec spec(300, 200, 3, OIIO::TypeUInt16);
     expectSame(readPng, "a.png", spec);
-    std::ifstream stream(folder / "a.png", std::ios::binary);
-    const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+    const std::string whole = bytesOf(folder / "a.png");
 
     EXPECT_NE(whole.find("IDAT", whole.find("IDAT") + 1), std::string::npos) << "it has one piece only";
 }

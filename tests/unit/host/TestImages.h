@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -39,6 +41,15 @@ inline std::vector<float> noisePixels(const OIIO::ImageSpec& spec) {
         sample = static_cast<float>(state >> 8) / 16777216.0f;
     }
     return samples;
+}
+
+inline std::string bytesOf(const std::string& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+inline void writeBytes(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 inline void cutShort(const std::string& path, double fraction) {
