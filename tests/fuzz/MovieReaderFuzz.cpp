@@ -1,15 +1,9 @@
 // Any file may be given as a movie: it is read or refused with a StatusError.
 
-#include <new>
+#include <string>
 #include <vector>
 
-extern "C" {
-#include <libavutil/log.h>
-#include <libavutil/mem.h>
-}
-
-#include "tests/fuzz/FuzzPlace.h"
-#include "tests/fuzz/MemoryFile.h"
+#include "tests/fuzz/DecodedInput.h"
 #include "worker/Status.h"
 #include "worker/read/MovieReader.h"
 
@@ -18,7 +12,6 @@ using namespace Morvane::Worker;
 namespace {
 
 constexpr std::uint64_t mostFrameBytes = std::uint64_t{64} << 20;
-constexpr std::size_t mostAllocated = std::size_t{512} << 20;
 
 void readAll(const std::string& path) {
     MovieReader reader(path, MovieReader::Access::Frames);
@@ -42,14 +35,6 @@ void readAll(const std::string& path) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Morvane::Fuzz::FuzzPlace place;
-    av_log_set_level(AV_LOG_QUIET);
-    av_max_alloc(mostAllocated);
-    const Morvane::Fuzz::MemoryFile file(data, size);
-    try {
-        readAll(file.path());
-    } catch (const StatusError&) {
-    } catch (const std::bad_alloc&) {
-    }
+    Morvane::Fuzz::decodeInput(data, size, readAll);
     return 0;
 }

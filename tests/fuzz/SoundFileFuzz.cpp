@@ -4,17 +4,10 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <new>
+#include <string>
 #include <vector>
 
-extern "C" {
-#include <libavutil/log.h>
-#include <libavutil/mem.h>
-}
-
-#include "tests/fuzz/FuzzPlace.h"
-#include "tests/fuzz/MemoryFile.h"
-#include "worker/Status.h"
+#include "tests/fuzz/DecodedInput.h"
 #include "worker/movie/SoundMedia.h"
 #include "worker/sound/SoundDecoder.h"
 
@@ -25,7 +18,6 @@ namespace {
 // Some bytes may stand for very much silence.
 constexpr std::size_t mostSoundBytes = std::size_t{16} << 20;
 constexpr std::int64_t mostSilence = 1000;  // sample frames
-constexpr std::size_t mostAllocated = std::size_t{512} << 20;
 
 void makeTrack(const std::string& path) {
     SoundDecoder sound(path);
@@ -56,14 +48,6 @@ void makeTrack(const std::string& path) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const Morvane::Fuzz::FuzzPlace place;
-    av_log_set_level(AV_LOG_QUIET);
-    av_max_alloc(mostAllocated);
-    const Morvane::Fuzz::MemoryFile file(data, size);
-    try {
-        makeTrack(file.path());
-    } catch (const StatusError&) {
-    } catch (const std::bad_alloc&) {
-    }
+    Morvane::Fuzz::decodeInput(data, size, makeTrack);
     return 0;
 }
