@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include "platform/LargeCopy.h"
 #include "processbridge/ControllerResources.h"
 #include "property/RequestText.h"
 #include "quicktime/Answer.h"
@@ -137,7 +138,7 @@ void QuickTimeCodecReaderIPCController::completeFrame() {
         result = answerTooShort;
         return;
     }
-    std::memcpy(destination, frame, bytes);
+    Platform::copyLarge(destination, frame, bytes);
     result = 0;
 }
 

@@ -20,7 +20,7 @@ ALLOWED = {
     "timecode": set(),
     "desktop": set(),
     "processbridge": {"platform", "filesystem", "property"},
-    "quicktime": {"processbridge", "property", "timecode"},
+    "quicktime": {"platform", "processbridge", "property", "timecode"},
     "sdk": {"platform", "timecode", "filesystem"},
     "writer": {"quicktime", "timecode", "sdk"},
     "worker": {"quicktime", "processbridge", "property", "timecode", "filesystem", "platform"},

@@ -1,12 +1,14 @@
 #include "worker/read/FloatKernels.h"
 
 #include <algorithm>
+#include <cstdint>
 
 // Highway compiles the rest of this file once for each instruction set.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "worker/read/FloatKernels.cpp"
 #include <hwy/foreach_target.h>
 
+#include <hwy/cache_control.h>
 #include <hwy/highway.h>
 
 #include "worker/picture/ForVectors-inl.h"
@@ -84,27 +86,50 @@ void doubleRow(const float* chroma, std::size_t count, const ChromaInterpolation
     });
 }
 
+/// Whether vectors of floats that are stored to a row one after the other can go past the caches: each must
+/// begin where a vector of memory does, the last one too, which is whole and ends the row.
+bool goesPastCaches(const PixelRow& row) {
+    const std::size_t lanes = hn::Lanes(hn::ScalableTag<float>());
+    return row.pastCaches && row.width >= lanes && 4 * row.width % lanes == 0 &&
+           reinterpret_cast<std::uintptr_t>(row.rgba) % (lanes * sizeof(float)) == 0;
+}
+
+template <class Floats, class Vector = hn::Vec<Floats>>
+HWY_INLINE void storePixels(Floats floats, bool pastCaches, Vector red, Vector green, Vector blue,
+                            Vector alpha, float* rgba) {
+    if (!pastCaches)
+        return hn::StoreInterleaved4(red, green, blue, alpha, floats, rgba);
+    HWY_ALIGN float pixels[4 * hn::MaxLanes(floats)];
+    hn::StoreInterleaved4(red, green, blue, alpha, floats, pixels);
+    for (std::size_t i = 0; i < 4 * hn::Lanes(floats); i += hn::Lanes(floats))
+        hn::Stream(hn::Load(floats, pixels + i), floats, rgba + i);
+}
+
 template <typename Sample>
 void ycbcrPixels(const Sample* luma, const float* cb, const float* cr, const float* alpha,
-                 const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
-    forVectors(width, [&](auto floats, std::size_t x) {
+                 const YcbcrMatrix& matrix, const PixelRow& row) {
+    const bool pastCaches = goesPastCaches(row);
+    forVectors(row.width, [&](auto floats, std::size_t x) {
         const auto y = scaled(floats, luma + x, matrix.black, matrix.range);
         const auto u = hn::LoadU(floats, cb + x);
         const auto v = hn::LoadU(floats, cr + x);
         const auto channel = [&](const YcbcrMatrix::Chroma& weights) {
             return hn::MulAdd(v, hn::Set(floats, weights.cr), hn::MulAdd(u, hn::Set(floats, weights.cb), y));
         };
-        hn::StoreInterleaved4(channel(matrix.red), channel(matrix.green), channel(matrix.blue),
-                              loadAlpha(floats, alpha, x), floats, rgba + 4 * x);
+        storePixels(floats, pastCaches, channel(matrix.red), channel(matrix.green), channel(matrix.blue),
+                    loadAlpha(floats, alpha, x), row.rgba + 4 * x);
     });
+    hwy::FlushStream();
 }
 
-void rgbPixels(const float* red, const float* green, const float* blue, const float* alpha, std::size_t width,
-               float* rgba) {
-    forVectors(width, [&](auto floats, std::size_t x) {
-        hn::StoreInterleaved4(hn::LoadU(floats, red + x), hn::LoadU(floats, green + x),
-                              hn::LoadU(floats, blue + x), loadAlpha(floats, alpha, x), floats, rgba + 4 * x);
+void rgbPixels(const float* red, const float* green, const float* blue, const float* alpha,
+               const PixelRow& row) {
+    const bool pastCaches = goesPastCaches(row);
+    forVectors(row.width, [&](auto floats, std::size_t x) {
+        storePixels(floats, pastCaches, hn::LoadU(floats, red + x), hn::LoadU(floats, green + x),
+                    hn::LoadU(floats, blue + x), loadAlpha(floats, alpha, x), row.rgba + 4 * x);
     });
+    hwy::FlushStream();
 }
 
 void scale8(const std::uint8_t* samples, std::size_t count, float black, float range, float* row) {
@@ -120,12 +145,12 @@ void blend16(const WeightedRows<std::uint16_t>& rows, std::size_t count, float n
     blendRows(rows, count, neutral, row);
 }
 void ycbcr8(const std::uint8_t* luma, const float* cb, const float* cr, const float* alpha,
-            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
-    ycbcrPixels(luma, cb, cr, alpha, matrix, width, rgba);
+            const YcbcrMatrix& matrix, const PixelRow& row) {
+    ycbcrPixels(luma, cb, cr, alpha, matrix, row);
 }
 void ycbcr16(const std::uint16_t* luma, const float* cb, const float* cr, const float* alpha,
-             const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
-    ycbcrPixels(luma, cb, cr, alpha, matrix, width, rgba);
+             const YcbcrMatrix& matrix, const PixelRow& row) {
+    ycbcrPixels(luma, cb, cr, alpha, matrix, row);
 }
 
 }  // namespace Morvane::Worker::FloatKernels::HWY_NAMESPACE
@@ -185,17 +210,17 @@ void widen(const float* chroma, std::size_t count, const ChromaInterpolation& in
 }
 
 void pixels(const std::uint8_t* luma, const float* cb, const float* cr, const float* alpha,
-            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
-    HWY_DYNAMIC_DISPATCH(ycbcr8)(luma, cb, cr, alpha, matrix, width, rgba);
+            const YcbcrMatrix& matrix, const PixelRow& row) {
+    HWY_DYNAMIC_DISPATCH(ycbcr8)(luma, cb, cr, alpha, matrix, row);
 }
 void pixels(const std::uint16_t* luma, const float* cb, const float* cr, const float* alpha,
-            const YcbcrMatrix& matrix, std::size_t width, float* rgba) {
-    HWY_DYNAMIC_DISPATCH(ycbcr16)(luma, cb, cr, alpha, matrix, width, rgba);
+            const YcbcrMatrix& matrix, const PixelRow& row) {
+    HWY_DYNAMIC_DISPATCH(ycbcr16)(luma, cb, cr, alpha, matrix, row);
 }
 
-void pixels(const float* red, const float* green, const float* blue, const float* alpha, std::size_t width,
-            float* rgba) {
-    HWY_DYNAMIC_DISPATCH(rgbPixels)(red, green, blue, alpha, width, rgba);
+void pixels(const float* red, const float* green, const float* blue, const float* alpha,
+            const PixelRow& row) {
+    HWY_DYNAMIC_DISPATCH(rgbPixels)(red, green, blue, alpha, row);
 }
 
 }  // namespace Morvane::Worker::FloatKernels

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "worker/read/ChromaInterpolation.h"
+#include "worker/read/PixelRow.h"
 #include "worker/read/YcbcrMatrix.h"
 
 /// What turns rows of decoded samples into rows of floats. Each kernel is compiled for several instruction
@@ -31,15 +32,14 @@ void blend(const WeightedRows<std::uint16_t>& rows, std::size_t count, float neu
 /// can be read before and behind the samples, and `row` has room for whole chroma samples.
 void widen(const float* chroma, std::size_t count, const ChromaInterpolation& interpolation, float* row);
 
-/// A row of packed RGBA floats. Cb and Cr are floats around 0, one a pixel, in samples' units. `alpha` may be
+/// A row of pixels. Cb and Cr are floats around 0, one a pixel, in samples' units. `alpha` may be
 /// null, for 1.
 void pixels(const std::uint8_t* luma, const float* cb, const float* cr, const float* alpha,
-            const YcbcrMatrix& matrix, std::size_t width, float* rgba);
+            const YcbcrMatrix& matrix, const PixelRow& row);
 void pixels(const std::uint16_t* luma, const float* cb, const float* cr, const float* alpha,
-            const YcbcrMatrix& matrix, std::size_t width, float* rgba);
+            const YcbcrMatrix& matrix, const PixelRow& row);
 
 /// The same of rows that are red, green and blue already.
-void pixels(const float* red, const float* green, const float* blue, const float* alpha, std::size_t width,
-            float* rgba);
+void pixels(const float* red, const float* green, const float* blue, const float* alpha, const PixelRow& row);
 
 }  // namespace Morvane::Worker::FloatKernels

@@ -30,8 +30,8 @@ void RgbRows::convert(std::size_t y) {
     const bool isGrey = values.size() < 3;
     const auto row = [&](std::size_t component) { return values[component].data(); };
     const float* alpha = values.size() % 2 == 0 ? values.back().data() : nullptr;
-    target.write(y, packed, [&](float* rgba) {
-        FloatKernels::pixels(row(0), row(isGrey ? 0 : 1), row(isGrey ? 0 : 2), alpha, target.width, rgba);
+    target.write(y, packed, [&](const PixelRow& pixels) {
+        FloatKernels::pixels(row(0), row(isGrey ? 0 : 1), row(isGrey ? 0 : 2), alpha, pixels);
     });
 }
 

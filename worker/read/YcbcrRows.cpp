@@ -136,8 +136,8 @@ void YcbcrRows::convertRow(int y) {
             .apply(row<Sample>(alphaComponent, y), sizeof(Sample), target.width, alpha.data());
         alphaRow = alpha.data();
     }
-    target.write(static_cast<std::size_t>(y), packed, [&](float* rgba) {
-        FloatKernels::pixels(row<Sample>(0, y), cb.data(), cr.data(), alphaRow, matrix, target.width, rgba);
+    target.write(static_cast<std::size_t>(y), packed, [&](const PixelRow& pixels) {
+        FloatKernels::pixels(row<Sample>(0, y), cb.data(), cr.data(), alphaRow, matrix, pixels);
     });
 }
 

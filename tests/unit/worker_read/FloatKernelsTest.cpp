@@ -1,8 +1,10 @@
 #include "worker/read/FloatKernels.h"
 
 #include <gtest/gtest.h>
+#include <hwy/aligned_allocator.h>
 #include <hwy/targets.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
 #include <vector>
@@ -30,8 +32,9 @@ protected:
     }
 
     /// What must be there, and nothing behind it.
-    static void expectNear(const std::vector<float>& row, const std::vector<double>& expected) {
-        ASSERT_EQ(row.size(), expected.size() + behind);
+    static void expectNear(const std::vector<float>& row, const std::vector<double>& expected,
+                           std::size_t rest = behind) {
+        ASSERT_EQ(row.size(), expected.size() + rest);
         for (std::size_t i = 0; i < expected.size(); ++i)
             ASSERT_NEAR(row[i], expected[i], 1e-5 * (1 + std::abs(expected[i]))) << "value " << i;
         for (std::size_t i = expected.size(); i < row.size(); ++i)
@@ -40,6 +43,23 @@ protected:
 
     static std::vector<float> blank(std::size_t count) {
         return std::vector<float>(count + behind, untouched);
+    }
+
+    /// `write(row)` makes these pixels of a row in any place, of a picture of either size.
+    template <class Write>
+    void expectPixels(const std::vector<double>& expected, const Write& write) const {
+        const auto memory = hwy::AllocateAligned<float>(4 * width + behind);
+        for (const bool pastCaches : {false, true})
+            for (const std::size_t shift : {0, 1, 4}) {
+                std::fill_n(memory.get(), 4 * width + behind, untouched);
+                float* const start = memory.get() + shift;
+
+                write(PixelRow{start, width, pastCaches});
+
+                expectNear({start, start + 4 * width + behind - shift}, expected, behind - shift);
+                for (const float* before = memory.get(); before != start; ++before)
+                    ASSERT_EQ(*before, untouched) << "before the beginning";
+            }
     }
 
     const std::size_t width = std::get<1>(GetParam());
@@ -112,11 +132,9 @@ TEST_P(FloatKernels, PixelsApplyTheMatrixAndTakeAlphaAsItIs) {
                                    static_cast<double>(weights.cr) * cr[x]);
             expected.push_back(stored == nullptr ? 1 : stored[x]);
         }
-        std::vector<float> rgba = blank(4 * width);
-
-        pixels(luma.data(), cb.data(), cr.data(), stored, matrix, width, rgba.data());
-
-        expectNear(rgba, expected);
+        expectPixels(expected, [&](const PixelRow& row) {
+            pixels(luma.data(), cb.data(), cr.data(), stored, matrix, row);
+        });
     }
 }
 
@@ -126,11 +144,8 @@ TEST_P(FloatKernels, PixelsInterleaveRedGreenAndBlue) {
     for (std::size_t x = 0; x < width; ++x)
         for (const float value : {red[x], green[x], blue[x], 1.0F})
             expected.push_back(value);
-    std::vector<float> rgba = blank(4 * width);
-
-    pixels(red.data(), green.data(), blue.data(), nullptr, width, rgba.data());
-
-    expectNear(rgba, expected);
+    expectPixels(expected,
+                 [&](const PixelRow& row) { pixels(red.data(), green.data(), blue.data(), nullptr, row); });
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryTarget, FloatKernels,
