@@ -44,13 +44,12 @@ void FloatConverter::convert(const AVFrame& frame, const Orientation& orientatio
         convertRows<RgbRows>(frame, target);
 }
 
-/// From the bottom upwards: what was written last is still in the cache when the host reads from the top.
 template <class Rows>
 void FloatConverter::convertRows(const AVFrame& frame, const RgbaRows& target) {
     std::vector<Rows> members(static_cast<std::size_t>(team.size()), Rows(frame, target));
     const std::size_t parts = (target.height + rowsOfPart - 1) / rowsOfPart;
     team.share(parts, [&](std::size_t part, int member) {
-        const std::size_t first = (parts - 1 - part) * rowsOfPart;
+        const std::size_t first = part * rowsOfPart;
         const std::size_t end = std::min(target.height, first + rowsOfPart);
         for (std::size_t y = first; y < end; ++y)
             members[static_cast<std::size_t>(member)].convert(y);
