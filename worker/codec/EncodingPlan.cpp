@@ -24,6 +24,8 @@ constexpr int mostFrameThreads = 12;
 /// B-pictures in a row that the presets allow, and the most that a person may.
 constexpr int usualInARow = 3;
 constexpr int mostInARow = 5;
+/// Each of them looks at a strip of its own, and sees less of the picture's movement the thinner that is.
+constexpr int mostLookAheadThreads = 4;
 /// libx265 adds its frame threads and its own queue to this.
 constexpr int x265LookAhead = 20;
 
@@ -162,17 +164,23 @@ int ownThreads(const Codec& codec, const std::string& encoder, int threads) {
     return std::min(isX264(encoder) ? threads * 3 / 2 : threads, mostFrameThreads);
 }
 
-/// Bounds how many frames an encoder keeps before its first packet, where its preset would keep more.
-void boundLookAhead(Options& options, const std::string& preset, const std::string& encoder,
-                    int frameThreads) {
+/// Bounds how many frames an encoder keeps before its first packet, where its preset would keep more. libx264
+/// looks at all of them before it encodes the first, with one thread if it is left to itself.
+void boundLookAhead(Options& options, const std::string& preset, const EncodingPlan& plan) {
     if (!listHolds("medium|slow|slower|veryslow|placebo", preset))
         return;
     // With these presets the encoder looks four times as far as it may put B-pictures in a row.
     if (listHolds("veryslow|placebo", preset))
         options.emplace("bf", std::to_string(mostInARow));
     const int inARow = options.count("bf") ? std::stoi(options["bf"]) : usualInARow;
-    const int ahead = mostFramesAhead - queuedFrames - frameThreads - (inARow + 1) - 1;
-    options["rc-lookahead"] = std::to_string(isX264(encoder) ? ahead : std::min(ahead, x265LookAhead));
+    const int ahead = mostFramesAhead - queuedFrames - plan.encoderThreads - (inARow + 1) - 1;
+    if (isX264(plan.encoder)) {
+        options["rc-lookahead"] = std::to_string(ahead);
+        options["x264-params"] =
+            fmt::format("lookahead-threads={}", std::min(plan.threads, mostLookAheadThreads));
+    } else {
+        options["rc-lookahead"] = std::to_string(std::min(ahead, x265LookAhead));
+    }
 }
 
 /// libx265 takes its own options as one text.
@@ -184,8 +192,8 @@ void gatherX265Options(Options& options) {
     options["x265-params"] = parameters;
 }
 
-Options encoderOptions(const EncodingRequest& request, const std::string& profile, const std::string& encoder,
-                       int frameThreads) {
+/// For the encoder and its threads in `plan`.
+Options encoderOptions(const EncodingRequest& request, const std::string& profile, const EncodingPlan& plan) {
     const Settings& settings = request.settings;
     const Codec& codec = *settings.codec;
     Options options;
@@ -200,9 +208,9 @@ Options encoderOptions(const EncodingRequest& request, const std::string& profil
         if (option.encoderOption && value != "auto")
             options[option.encoderOption] = value;
     }
-    if (isX264(encoder) || encoder == "libx265")
-        boundLookAhead(options, settings.option("preset"), encoder, frameThreads);
-    if (encoder == "libx265")
+    if (isX264(plan.encoder) || plan.encoder == "libx265")
+        boundLookAhead(options, settings.option("preset"), plan);
+    if (plan.encoder == "libx265")
         gatherX265Options(options);
     return options;
 }
@@ -249,7 +257,7 @@ EncodingPlan planEncoding(const EncodingRequest& request) {
     plan.threads = settings.threads != 0 ? settings.threads
                                          : std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     plan.encoderThreads = ownThreads(codec, plan.encoder, plan.threads);
-    const Options options = encoderOptions(request, profile, plan.encoder, plan.encoderThreads);
+    const Options options = encoderOptions(request, profile, plan);
     plan.options.assign(options.begin(), options.end());
     return plan;
 }

@@ -208,5 +208,15 @@ TEST(EncodingPlan, LookAheadStaysWithin48FramesWhateverPresetAndThreads) {
             }
 }
 
+TEST(EncodingPlan, LookAheadHasAThreadACoreButNoMoreThanFour) {
+    const auto threadsOf = [](const std::string& settings) {
+        return optionOf(planEncoding(requestFor("avc1", settings)), "x264-params");
+    };
+    EXPECT_EQ(threadsOf("threads=1"), "lookahead-threads=1");
+    EXPECT_EQ(threadsOf("threads=2"), "lookahead-threads=2");
+    EXPECT_EQ(threadsOf("threads=16"), "lookahead-threads=4");
+    EXPECT_EQ(threadsOf("threads=2:preset=fast"), "(none)");
+}
+
 }  // namespace
 }  // namespace Morvane::Worker
