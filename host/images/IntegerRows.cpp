@@ -78,18 +78,22 @@ void IntegerRows::placeAs(const Samples& samples, int y) {
     const auto rowOf = [&](int channel) {
         return target->row(channel, y - displayed.y) + (shown.x - displayed.x);
     };
-    const int sources[] = {pixels.layout.red, pixels.layout.green, pixels.layout.blue};
+    const auto redSource = static_cast<std::size_t>(pixels.layout.red);
+    const auto greenSource = static_cast<std::size_t>(pixels.layout.green);
+    const auto blueSource = static_cast<std::size_t>(pixels.layout.blue);
+    float* const reds = rowOf(0);
+    float* const greens = rowOf(1);
+    float* const blues = rowOf(2);
     const float* const values = table.data();
-    for (int channel = 0; channel < 3; ++channel) {
-        float* const row = rowOf(channel);
-        if (channel > 0 && sources[channel] == sources[0]) {
-            std::copy_n(rowOf(0), count, row);
-            continue;
-        }
-        const auto source = static_cast<std::size_t>(sources[channel]);
-        for (std::size_t x = 0; x < count; ++x) {
-            row[x] = values[samples(first + x, source)];
-        }
+    // All channels of a pixel at once, and none stored before all are looked up: what stands together in the
+    // file is read together.
+    for (std::size_t x = 0; x < count; ++x) {
+        const float red = values[samples(first + x, redSource)];
+        const float green = values[samples(first + x, greenSource)];
+        const float blue = values[samples(first + x, blueSource)];
+        reds[x] = red;
+        greens[x] = green;
+        blues[x] = blue;
     }
     if (!target->hasAlpha()) {
         return;

@@ -9,6 +9,13 @@ namespace Corvel {
 
 using Kex::Image::Channel;
 
+void PictureNode::show(const Picture* newPicture) {
+    picture = newPicture;
+    if (picture != nullptr && !picture->hasAlpha()) {
+        ones.resize(static_cast<std::size_t>(picture->width()), 1.0F);
+    }
+}
+
 void PictureNode::get(int y, int x, int r, Kex::Image::ChannelSet channels, Kex::Image::Row& row) {
     for (int channel = Kex::Image::Chan_Red; channel <= Kex::Image::Chan_Alpha; ++channel) {
         if (channels.contains(static_cast<Channel>(channel))) {
@@ -26,8 +33,8 @@ void PictureNode::getChannel(int y, int x, int r, Channel channel, Kex::Image::R
     // The picture's rows count from the top, a node's from the bottom.
     const int line = inside ? picture->height() - 1 - y : 0;
     const bool inFloats = inside && !opaque && !picture->hasHalves();
-    if (inFloats && begin == x && end == r) {
-        row.refer(channel, picture->row(plane, line) + x);
+    if (begin == x && end == r && (inFloats || opaque)) {
+        row.refer(channel, opaque ? ones.data() : picture->row(plane, line) + x);
         return;
     }
     float* const own = row.writable(channel);

@@ -70,6 +70,17 @@ TEST_F(PictureNodeTest, RefersToThePictureInsteadOfCopying) {
     EXPECT_EQ(row[Chan_Green], picture.row(1, 0));
 }
 
+TEST_F(PictureNodeTest, FillsTheAlphaOfAPictureWithoutItOnceForAllRows) {
+    makePicture(5, 2, 3);
+    makePicture(3, 2, 3);
+    Row upper(0, 3);
+    Row lower(1, 3);
+    sut.get(1, 0, 3, Mask_RGBA, upper);
+    sut.get(0, 1, 3, Mask_RGBA, lower);
+    EXPECT_EQ(upper[Chan_Alpha], lower[Chan_Alpha]);
+    EXPECT_EQ(Samples(upper[Chan_Alpha], upper[Chan_Alpha] + 3), (Samples{1, 1, 1}));
+}
+
 TEST_F(PictureNodeTest, GivesColumnsFromTheMiddle) {
     makePicture(4, 1, 3);
     EXPECT_EQ(get(0, 1, 3, Chan_Blue), (Samples{201, 202}));
