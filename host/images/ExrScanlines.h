@@ -34,8 +34,8 @@ public:
     /// of halves takes them as they are stored.
     ///
     /// False where the file is not of the kind described, or has not only halves for a picture of them, with
-    /// the picture untouched. Throws UnreadableImage
-    /// for a file that is cut short or damaged; the picture's samples are arbitrary then.
+    /// the picture untouched. Throws UnreadableImage for a file that is cut short or damaged; the picture's
+    /// samples are arbitrary then.
     bool read(const ExrFile& file, int part, const ChannelNames& names, const Window& display,
               Picture& picture);
 

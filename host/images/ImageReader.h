@@ -35,10 +35,9 @@ public:
 
     /// Reads the file into `picture`, which gets the size of the display window and 3 or 4 channels as the
     /// file has alpha or not, halves where it allows them and the file has them in linear light, and returns
-    /// its header. `curve` says what the stored values mean, whatever the
-    /// file says; null for the file's own statement or, without one, its format's (float and half: linear,
-    /// integers: sRGB). Throws UnreadableImage, also for a file that is cut short; the picture's samples are
-    /// arbitrary then.
+    /// its header. `curve` says what the stored values mean, whatever the file says; null for the file's own
+    /// statement or, without one, its format's (float and half: linear, integers: sRGB). Throws
+    /// UnreadableImage, also for a file that is cut short; the picture's samples are arbitrary then.
     virtual PictureHeader read(const std::string& path, const Kex::Image::LUT* curve, Picture& picture) = 0;
 };
 
