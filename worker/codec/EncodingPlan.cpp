@@ -165,7 +165,8 @@ int ownThreads(const Codec& codec, const std::string& encoder, int threads) {
 }
 
 /// Bounds how many frames an encoder keeps before its first packet, where its preset would keep more. libx264
-/// looks at all of them before it encodes the first, with one thread if it is left to itself.
+/// looks at all of them before it encodes the first, with a thread for every sixth of its own if it is left
+/// to itself, which on few cores is one.
 void boundLookAhead(Options& options, const std::string& preset, const EncodingPlan& plan) {
     if (!listHolds("medium|slow|slower|veryslow|placebo", preset))
         return;
