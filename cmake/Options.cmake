@@ -18,7 +18,9 @@ endif()
 
 find_program(CORVEL_CCACHE ccache)
 if(CORVEL_CCACHE)
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CORVEL_CCACHE})
+  # Every checkout of these sources may use what another has compiled: the cache sees paths from the source folder on.
+  set(CMAKE_CXX_COMPILER_LAUNCHER
+    ${CMAKE_COMMAND} -E env CCACHE_BASEDIR=${CMAKE_SOURCE_DIR} CCACHE_NOHASHDIR=1 ${CORVEL_CCACHE})
 endif()
 
 # What every target of ours is compiled with. Who builds on the installed libraries gets the headers' folder and the
