@@ -58,11 +58,13 @@ bool read(const IntegerFile& file, IntegerScratch& scratch, const IntegerSink& s
     if (rowsOfStrip == 0 || TIFFScanlineSize(tiff.get()) != rowBytes) {
         return false;
     }
-    scratch.samples.resize(static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(rowsOfStrip));
+    const std::size_t stripBytes = static_cast<std::size_t>(rowBytes) * static_cast<std::size_t>(rowsOfStrip);
     sink.begin(file.sampleBytes == 1 ? SampleForm::Bytes : SampleForm::Words);
     std::uint32_t strip = 0;
     for (int top = 0; top < file.height; top += rowsOfStrip, ++strip) {
         const int rows = std::min(rowsOfStrip, file.height - top);
+        // Of some damaged strips libtiff writes less than it says.
+        scratch.samples.assign(stripBytes, 0);
         if (TIFFReadEncodedStrip(tiff.get(), strip, scratch.samples.data(), rows * rowBytes) !=
             rows * rowBytes) {
             return false;

@@ -59,6 +59,12 @@ public:
     SampleForm form = SampleForm::Bytes;
     std::vector<unsigned> samples;
 
+    /// Leaves `byte` everywhere in the memory that is kept from file to file.
+    void leave(unsigned char byte) {
+        scratch.stored.assign(std::size_t{1} << 20, byte);
+        scratch.samples.assign(std::size_t{1} << 20, byte);
+    }
+
 private:
     void add(const IntegerFile& file, int y, const unsigned char* row) {
         EXPECT_EQ(samples.size(),
@@ -99,7 +105,8 @@ protected:
         EXPECT_EQ(sut.samples, expected) << name;
     }
 
-    /// Whatever a byte is changed into, or wherever the file ends: no crash, and all rows where it succeeds.
+    /// Whatever a byte is changed into, or wherever the file ends: no crash, and where it succeeds all rows,
+    /// with nothing of the file before.
     void tryDamaged(Reader reader, const std::string& name) {
         IntegerFile file;
         const std::size_t samples = byLibrary(folder / name, file).size();
@@ -118,8 +125,13 @@ protected:
                 bytes[random() % range] = static_cast<char>(random());
             }
             writeBytes(damaged, bytes);
+            sut.leave(0x00);
             const bool done = sut.read(reader, file);
+            const std::vector<unsigned> afterZeros = sut.samples;
+            sut.leave(0xAA);
+            EXPECT_EQ(sut.read(reader, file), done) << "attempt " << attempt;
             EXPECT_TRUE(!done || sut.samples.size() == samples) << "attempt " << attempt;
+            EXPECT_TRUE(!done || sut.samples == afterZeros) << "attempt " << attempt;
         }
     }
 
@@ -234,6 +246,17 @@ TEST_F(IntegerFileTest, DamagedFilesNeverGiveFewerRowsThanTheyPromise) {
          {std::pair<const char*, Reader>{"a.png", readPng}, {"a.tif", readTiff}, {"a.dpx", readTenBitDpx}}) {
         writeImage(folder / name, spec, pixelsOf(spec));
         tryDamaged(reader, name);
+    }
+}
+
+TEST_F(IntegerFileTest, DamagedTiffNeverShowsWhatTheFileBeforeWas) {
+    for (const char* compression : {"none", "lzw", "zip", "packbits"}) {
+        SCOPED_TRACE(compression);
+        ImageSpec spec(37, 23, 3, OIIO::TypeUInt16);
+        spec.attribute("compression", compression);
+        spec.attribute("tiff:RowsPerStrip", 7);
+        writeImage(folder / "a.tif", spec, pixelsOf(spec));
+        tryDamaged(readTiff, "a.tif");
     }
 }
 
