@@ -10,6 +10,36 @@
 namespace Corvel {
 namespace {
 
+// What the image library makes of the film and television parts of a DPX header (SMPTE 268M, tables 6 and 7).
+constexpr const char* industryAttributes[] = {
+    "dpx:FilmEdgeCode",
+    "smpte:KeyCode",
+    "dpx:Format",
+    "dpx:FramePosition",
+    "dpx:SequenceLength",
+    "dpx:HeldCount",
+    "dpx:FrameRate",
+    "dpx:ShutterAngle",
+    "dpx:FrameId",
+    "dpx:SlateInfo",
+    "smpte:TimeCode",
+    "dpx:TimeCode",
+    "dpx:UserBits",
+    "dpx:Interlace",
+    "dpx:FieldNumber",
+    "dpx:Signal",
+    "dpx:HorizontalSampleRate",
+    "dpx:VerticalSampleRate",
+    "dpx:TemporalFrameRate",
+    "dpx:TimeOffset",
+    "oiio:Gamma",
+    "dpx:BlackLevel",
+    "dpx:BlackGain",
+    "dpx:BreakPoint",
+    "dpx:WhiteLevel",
+    "dpx:IntegrationTimes",
+};
+
 bool contains(const std::string& text, const char* part) {
     return OIIO::Strutil::icontains(text, part);
 }
@@ -74,6 +104,12 @@ std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec
     std::array<float, 8> values{};
     std::copy_n(static_cast<const float*>(stated->data()), values.size(), values.begin());
     return values;
+}
+
+void forgetIndustryPart(OIIO::ImageSpec& spec) {
+    for (const char* name : industryAttributes) {
+        spec.erase_attribute(name);
+    }
 }
 
 Metadata attributesOf(const OIIO::ImageSpec& spec) {

@@ -27,6 +27,10 @@ std::optional<std::array<float, 8>> chromaticitiesOf(const OIIO::ImageSpec& spec
 /// conforming systems put it.
 Metadata metadataOf(const OIIO::ImageSpec& spec);
 
+/// Takes away what the library reads from the part of a DPX header that is for film and television, for files
+/// that leave that part out: there it reads pixels.
+void forgetIndustryPart(OIIO::ImageSpec& spec);
+
 /// The texts and numbers of the file's header, by the names that the library gives them.
 Metadata attributesOf(const OIIO::ImageSpec& spec);
 

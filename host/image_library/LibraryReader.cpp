@@ -154,6 +154,9 @@ OpenPicture openPicture(const std::string& path, const PictureChoice& choice) {
         refuse(path, open.input->geterror());
     }
     open.spec = open.input->spec();
+    if (contents.format == "dpx" && !dpxHasIndustryPart(path)) {
+        forgetIndustryPart(open.spec);
+    }
     checkPixels(path, open.spec);
     open.layout = inLibrarysOrder(chosen.layout,
                                   contents.parts[static_cast<std::size_t>(chosen.part)].channels, open.spec);
@@ -162,10 +165,6 @@ OpenPicture openPicture(const std::string& path, const PictureChoice& choice) {
     }
     open.header = headerOf(open.spec, open.layout);
     open.header.picked = textOf(contents, chosen);
-    if (contents.format == "dpx" && !dpxHasIndustryPart(path)) {
-        open.header.metadata.erase("input/timecode");
-        open.header.metadata.erase("input/frame_rate");
-    }
     if (chosen.part != 0) {
         // What concerns the whole shot may be stated by the first part alone.
         open.header.metadata.merge(metadataOf(open.input->spec(0)));

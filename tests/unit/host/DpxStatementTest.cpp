@@ -67,7 +67,7 @@ TEST_F(DpxStatementTest, WithAnythingElseIsLeftToTheLibrary) {
     }
 }
 
-TEST_F(DpxStatementTest, WhosePixelsBeginEarlierHasNoTimeCodeAndNoRate) {
+TEST_F(DpxStatementTest, WhosePixelsBeginEarlierHasNoHeaderForFilmAndTelevision) {
     constexpr std::size_t genericBytes = 1664;
     const std::string path = tenBitDpx();
     put(path, 4, genericBytes, 4);
@@ -78,7 +78,13 @@ TEST_F(DpxStatementTest, WhosePixelsBeginEarlierHasNoTimeCodeAndNoRate) {
 
     expectOrdinary(path);
 
-    EXPECT_TRUE(stateOfIntegers(path, {})->header.metadata.empty());
+    const PictureHeader header = stateOfIntegers(path, {})->header;
+    EXPECT_TRUE(header.metadata.empty());
+    const Metadata attributes = attributesOf(header);
+    EXPECT_EQ(attributes.count("dpx:Version"), 1U);
+    for (const char* name : {"dpx:TimeCode", "dpx:FrameRate", "dpx:Signal", "dpx:WhiteLevel", "dpx:Format"}) {
+        EXPECT_EQ(attributes.count(name), 0U) << name;
+    }
 }
 
 }  // namespace
