@@ -35,6 +35,11 @@ struct Placement {
     int height = 0;
     Span across;
     Span down;
+
+    /// Whether what is placed stays pixel for pixel.
+    bool isCopy() const { return across.isCopy() && down.isCopy(); }
+
+    bool operator==(const Placement&) const = default;
 };
 
 /// The part of a picture of `width` x `height` that is asked for. Throws std::invalid_argument with a

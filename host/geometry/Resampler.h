@@ -2,14 +2,13 @@
 
 #include <vector>
 
-#include "host/geometry/Placement.h"
-#include "host/geometry/Resampling.h"
+#include "host/geometry/RowResampler.h"
 
 namespace Corvel {
 
-/// Scales pictures and puts them where they belong, in linear light: rows are mixed first, then columns.
-/// Keeps weights and scratch memory from one picture to the next. One thread. The image library's own scaling
-/// takes more than a hundred times as long.
+/// Scales pictures and puts them where they belong, in linear light. Keeps weights and scratch memory from
+/// one picture to the next. One thread. The image library's own scaling takes more than a hundred times as
+/// long.
 class Resampler {
 public:
     Resampler(const Placement& placement, Filter filter);
@@ -20,14 +19,11 @@ public:
 
 private:
     void copyRow(const Picture& from, Picture& to, int y) const;
-    void mixRow(const Picture& from, Picture& to, int y);
+    void scaleRow(const Picture& from, Picture& to, int y);
 
     const Placement placement;
-    const Resampling across;
-    const Resampling down;
-    std::vector<const float*> rows;  ///< those that make one row, four planes each
-    std::vector<float> mixed;        ///< one row of the source's width, interleaved
-    std::vector<float> scaled;       ///< one row as it is placed, interleaved
+    RowResampler rows;
+    std::vector<float> scaled;  ///< one row as it is placed, interleaved
 };
 
 }  // namespace Corvel

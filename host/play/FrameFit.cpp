@@ -1,8 +1,5 @@
 #include "host/play/FrameFit.h"
 
-#include <algorithm>
-#include <cmath>
-
 #include "Kex/Image/LUT.h"
 
 namespace Corvel {
@@ -11,62 +8,63 @@ FrameFit::FrameFit(int width, int height, const Kex::Image::LUT& curve)
     : width(width),
       height(height),
       curve(curve),
-      frame(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4) {}
+      frame(static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4) {
+    clear();
+}
 
-Window FrameFit::placeOf(int pictureWidth, int pictureHeight, double pixelAspect) const {
-    const double shownWidth = pictureWidth * (pixelAspect > 0 ? pixelAspect : 1);
-    const double factor = std::min(width / shownWidth, height / static_cast<double>(pictureHeight));
-    const int placeWidth = std::clamp(static_cast<int>(std::lround(shownWidth * factor)), 1, width);
-    const int placeHeight = std::clamp(static_cast<int>(std::lround(pictureHeight * factor)), 1, height);
-    return {(width - placeWidth) / 2, (height - placeHeight) / 2, placeWidth, placeHeight};
+Placement FrameFit::placementOf(int pictureWidth, int pictureHeight, double pixelAspect) const {
+    return Corvel::placementOf({pictureWidth, pictureHeight, pixelAspect > 0 ? pixelAspect : 1},
+                               {0, 0, pictureWidth, pictureHeight}, {width, height, 1}, Fit::Inside);
 }
 
 const float* FrameFit::fit(const Picture* picture, double pixelAspect) {
-    const Window place =
-        picture != nullptr ? placeOf(picture->width(), picture->height(), pixelAspect) : Window();
-    if (filled != place) {
-        clearAround(place);
+    std::optional<Placement> wanted;
+    if (picture != nullptr) {
+        wanted = placementOf(picture->width(), picture->height(), pixelAspect);
     }
-    if (picture != nullptr && picture->width() == place.width && picture->height() == place.height) {
-        placePicture(*picture, place);
-    } else if (picture != nullptr) {
-        placeScaled(*picture, place);
+    if (placement != wanted) {
+        clear();
+        placement = wanted;
+        scaler.reset();
+    }
+    if (picture != nullptr) {
+        placement->isCopy() ? placePicture(*picture) : scalePicture(*picture);
     }
     return frame.data();
 }
 
-/// Makes the whole frame black and opaque, for frames that from now on all stand in `place`.
-void FrameFit::clearAround(const Window& place) {
+/// Makes the whole frame black and opaque.
+void FrameFit::clear() {
     const auto black = static_cast<float>(curve.toStored(0.0));
     for (std::size_t sample = 0; sample < frame.size(); ++sample) {
         frame[sample] = sample % 4 == 3 ? 1.0F : black;
     }
-    filled = place;
 }
 
-float* FrameFit::rowAt(const Window& place, int y) {
-    const std::size_t pixel = static_cast<std::size_t>(place.y + y) * static_cast<std::size_t>(width) +
-                              static_cast<std::size_t>(place.x);
-    return frame.data() + pixel * 4;
+/// Where row `y` of what is placed begins.
+float* FrameFit::rowAt(int y) {
+    const std::size_t row = static_cast<std::size_t>(placement->down.begin + y);
+    const std::size_t column = static_cast<std::size_t>(placement->across.begin);
+    return frame.data() + (row * static_cast<std::size_t>(width) + column) * 4;
 }
 
-void FrameFit::placePicture(const Picture& picture, const Window& place) {
-    for (int y = 0; y < place.height; ++y) {
+void FrameFit::placePicture(const Picture& picture) {
+    for (int y = 0; y < placement->down.count; ++y) {
         for (int channel = 0; channel < 3; ++channel) {
-            curve.toStored(rowAt(place, y) + channel, picture.row(channel, y),
-                           static_cast<std::size_t>(place.width), 4);
+            curve.toStored(rowAt(y) + channel, picture.row(channel, y),
+                           static_cast<std::size_t>(placement->across.count), 4);
         }
     }
 }
 
-void FrameFit::placeScaled(const Picture& picture, const Window& place) {
-    if (!scaler || !scaler->isFor(picture.width(), picture.height(), place.width, place.height)) {
-        scaler.emplace(picture.width(), picture.height(), place.width, place.height);
+void FrameFit::scalePicture(const Picture& picture) {
+    if (!scaler) {
+        scaler.emplace(*placement, Filter::Triangle);
     }
-    const std::size_t samples = static_cast<std::size_t>(place.width) * 4;
-    for (int y = 0; y < place.height; ++y) {
-        float* const row = rowAt(place, y);
-        scaler->scaleRow(picture, y, row);
+    const std::size_t samples = static_cast<std::size_t>(placement->across.count) * 4;
+    for (int y = 0; y < placement->down.count; ++y) {
+        float* const row = rowAt(y);
+        scaler->makeRow(picture, y, row);
         curve.toStored(row, row, samples, 1);
         for (std::size_t alpha = 3; alpha < samples; alpha += 4) {
             row[alpha] = 1.0F;

@@ -3,8 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "host/images/Picture.h"
-#include "host/play/FrameScaler.h"
+#include "host/geometry/RowResampler.h"
 
 namespace Kex::Image {
 class LUT;
@@ -14,6 +13,8 @@ namespace Corvel {
 
 /// Makes the frames of a video output from decoded pictures: scales them to the output's size in linear
 /// light, with the aspect kept and black around, and applies the output's curve. One thread.
+///
+/// They are mixed by triangles, two samples of each row where pictures get larger: a frame has some 20 ms.
 class FrameFit {
 public:
     /// For frames of `width` x `height` square pixels with the values of `curve`.
@@ -24,21 +25,21 @@ public:
     /// `pixelAspect` is the width of its pixels divided by their height. Throws std::bad_alloc.
     const float* fit(const Picture* picture, double pixelAspect);
 
-    /// Where a picture of that size comes to stand, in pixels of the output.
-    Window placeOf(int pictureWidth, int pictureHeight, double pixelAspect) const;
+    /// Where a picture of that size comes to stand.
+    Placement placementOf(int pictureWidth, int pictureHeight, double pixelAspect) const;
 
 private:
-    void clearAround(const Window& place);
-    void placePicture(const Picture& picture, const Window& place);
-    void placeScaled(const Picture& picture, const Window& place);
-    float* rowAt(const Window& place, int y);
+    void clear();
+    void placePicture(const Picture& picture);
+    void scalePicture(const Picture& picture);
+    float* rowAt(int y);
 
     int width;
     int height;
     const Kex::Image::LUT& curve;
     std::vector<float> frame;
-    std::optional<Window> filled;  ///< where the frame is not black
-    std::optional<FrameScaler> scaler;
+    std::optional<Placement> placement;  ///< of the frame that was made last, nothing for a black one
+    std::optional<RowResampler> scaler;  ///< for `placement`, where it scales
 };
 
 }  // namespace Corvel

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "Kex/Image/LUT.h"
+#include "host/colour/BrokenPixels.h"
 #include "host/images/ImageSequence.h"
 #include "host/movies/MovieSource.h"
 #include "host/play/FrameFit.h"
@@ -95,6 +96,7 @@ private:
     HelperSession& session;
     QuickTimeVideoOutputInterface& output;
     std::array<FrameFit, 2> fits;  ///< used in turn
+    const std::shared_ptr<BrokenPixels> broken = std::make_shared<BrokenPixels>();
     PlayProgress progress;
 };
 
@@ -152,7 +154,12 @@ std::optional<PlayRun::ReadyFrame> PlayRun::makeReady(ReadAhead& frames, FrameFi
 }
 
 PlayRun::Outcome PlayRun::playRound() {
-    ReadAhead frames(source, round(), limits());
+    const auto mending = [this] {
+        PictureSteps steps;
+        steps.push_back(makeMendingStep(broken));
+        return steps;
+    };
+    ReadAhead frames(source, round(), limits(), mending);
     // While one frame is handed over, which includes waiting for its turn, the next one is made ready.
     std::size_t next = 0;
     const auto begin = [&] {

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace Corvel {
 namespace {
@@ -24,6 +26,39 @@ TEST(Resampling, WeightsAddUpToOneAndSamplesAreThere) {
             }
         }
     }
+}
+
+class ResamplingOfAnyLengths : public testing::TestWithParam<std::pair<int, int>> {};
+
+TEST_P(ResamplingOfAnyLengths, TrianglesHaveNoNegativeWeights) {
+    const auto [from, to] = GetParam();
+    const Resampling sut({0, static_cast<double>(from), 0, to}, from, Filter::Triangle);
+    const std::size_t taps = static_cast<std::size_t>(sut.taps());
+
+    ASSERT_EQ(sut.firsts().size(), static_cast<std::size_t>(to));
+    ASSERT_EQ(sut.weights().size(), static_cast<std::size_t>(to) * taps);
+    EXPECT_GE(*std::min_element(sut.weights().begin(), sut.weights().end()), 0.0F);
+    for (std::size_t i = 0; i < sut.firsts().size(); ++i) {
+        EXPECT_GE(sut.firsts()[i], 0);
+        EXPECT_LE(sut.firsts()[i] + sut.taps(), from);
+        const auto begin = sut.weights().begin() + static_cast<std::ptrdiff_t>(i * taps);
+        EXPECT_NEAR(std::accumulate(begin, begin + sut.taps(), 0.0), 1, 1e-6);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Lengths, ResamplingOfAnyLengths,
+                         testing::Values(std::pair(1, 1), std::pair(1, 50), std::pair(50, 1), std::pair(2, 3),
+                                         std::pair(3, 2), std::pair(640, 1280), std::pair(1280, 640),
+                                         std::pair(2048, 1920), std::pair(1001, 7), std::pair(7, 1001)));
+
+TEST(Resampling, TwiceTheLengthInterpolates) {
+    const Resampling sut({0, 4, 0, 8}, 4, Filter::Triangle);
+
+    // Output 3 lies a quarter of a sample beyond sample 1.
+    ASSERT_EQ(sut.taps(), 2);
+    EXPECT_EQ(sut.firsts()[3], 1);
+    EXPECT_FLOAT_EQ(sut.weights()[6], 0.75F);
+    EXPECT_FLOAT_EQ(sut.weights()[7], 0.25F);
 }
 
 TEST(Resampling, SamplesThatStayWhatTheyAreAreNotMixed) {

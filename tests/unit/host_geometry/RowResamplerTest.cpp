@@ -1,4 +1,4 @@
-#include "host/play/FrameScaler.h"
+#include "host/geometry/RowResampler.h"
 
 #include <OpenImageIO/imagebuf.h>
 #include <OpenImageIO/imagebufalgo.h>
@@ -33,16 +33,22 @@ std::vector<float> scaledByTheLibrary(const Picture& picture, int channel, int w
     return samples;
 }
 
+RowResampler stretched(int fromWidth, int fromHeight, int toWidth, int toHeight) {
+    const Placement placement = placementOf({fromWidth, fromHeight, 1}, {0, 0, fromWidth, fromHeight},
+                                            {toWidth, toHeight, 1}, Fit::Stretch);
+    return {placement, Filter::Triangle};
+}
+
 struct Sizes {
     int fromWidth, fromHeight, toWidth, toHeight;
 };
 
-class FrameScalerOfAnySizes : public testing::TestWithParam<Sizes> {};
+class RowResamplerOfAnySizes : public testing::TestWithParam<Sizes> {};
 
-TEST_P(FrameScalerOfAnySizes, AgreesWithTheImageLibraryAwayFromTheEdges) {
+TEST_P(RowResamplerOfAnySizes, AgreesWithTheImageLibraryAwayFromTheEdges) {
     const Sizes sizes = GetParam();
     const Picture picture = noise(sizes.fromWidth, sizes.fromHeight);
-    FrameScaler sut(sizes.fromWidth, sizes.fromHeight, sizes.toWidth, sizes.toHeight);
+    RowResampler sut = stretched(sizes.fromWidth, sizes.fromHeight, sizes.toWidth, sizes.toHeight);
     std::vector<float> row(static_cast<std::size_t>(sizes.toWidth) * 4);
     // The library repeats what is at the edge where this filter leaves it out.
     const int margin = 2 + sizes.toWidth / sizes.fromWidth;
@@ -51,7 +57,7 @@ TEST_P(FrameScalerOfAnySizes, AgreesWithTheImageLibraryAwayFromTheEdges) {
         const std::vector<float> expected =
             scaledByTheLibrary(picture, channel, sizes.toWidth, sizes.toHeight);
         for (int y = margin; y < sizes.toHeight - margin; ++y) {
-            sut.scaleRow(picture, y, row.data());
+            sut.makeRow(picture, y, row.data());
             for (int x = margin; x < sizes.toWidth - margin; ++x) {
                 ASSERT_NEAR(row[static_cast<std::size_t>(x * 4 + channel)],
                             expected[static_cast<std::size_t>(y * sizes.toWidth + x)], 2e-4)
@@ -61,12 +67,12 @@ TEST_P(FrameScalerOfAnySizes, AgreesWithTheImageLibraryAwayFromTheEdges) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Sizes, FrameScalerOfAnySizes,
+INSTANTIATE_TEST_SUITE_P(Sizes, RowResamplerOfAnySizes,
                          testing::Values(Sizes{64, 36, 128, 72}, Sizes{128, 72, 64, 36},
                                          Sizes{100, 50, 73, 61}, Sizes{73, 61, 100, 50},
                                          Sizes{64, 64, 64, 32}));
 
-TEST(FrameScaler, AnEvenPictureStaysEven) {
+TEST(RowResampler, AnEvenPictureStaysEven) {
     Picture picture;
     picture.reset(31, 17, 3);
     for (int channel = 0; channel < 3; ++channel) {
@@ -74,11 +80,11 @@ TEST(FrameScaler, AnEvenPictureStaysEven) {
             std::fill_n(picture.row(channel, y), 31, 0.25F * static_cast<float>(channel + 1));
         }
     }
-    FrameScaler sut(31, 17, 50, 40);
+    RowResampler sut = stretched(31, 17, 50, 40);
     std::vector<float> row(50 * 4);
 
     for (int y = 0; y < 40; ++y) {
-        sut.scaleRow(picture, y, row.data());
+        sut.makeRow(picture, y, row.data());
         for (int x = 0; x < 50; ++x) {
             for (int channel = 0; channel < 3; ++channel) {
                 ASSERT_NEAR(row[static_cast<std::size_t>(x * 4 + channel)], 0.25 * (channel + 1), 1e-6);

@@ -83,9 +83,14 @@ TEST(FrameFit, AWidePictureStandsBetweenBlackBars) {
 TEST(FrameFit, WidePixelsMakeAWidePicture) {
     const FrameFit sut(1920, 1080, curve("srgb"));
 
-    EXPECT_EQ(sut.placeOf(1440, 1080, 4.0 / 3), (Window{0, 0, 1920, 1080}));
-    EXPECT_EQ(sut.placeOf(2048, 858, 2.0), (Window{0, 339, 1920, 402}));
-    EXPECT_EQ(sut.placeOf(720, 576, 16.0 / 15), (Window{240, 0, 1440, 1080}));
+    const auto placeOf = [&sut](int pictureWidth, int pictureHeight, double pixelAspect) {
+        const Placement placement = sut.placementOf(pictureWidth, pictureHeight, pixelAspect);
+        return Window{placement.across.begin, placement.down.begin, placement.across.count,
+                      placement.down.count};
+    };
+    EXPECT_EQ(placeOf(1440, 1080, 4.0 / 3), (Window{0, 0, 1920, 1080}));
+    EXPECT_EQ(placeOf(2048, 858, 2.0), (Window{0, 339, 1920, 402}));
+    EXPECT_EQ(placeOf(720, 576, 16.0 / 15), (Window{240, 0, 1440, 1080}));
 }
 
 TEST(FrameFit, APictureOfAnotherSizeLeavesNothingOfTheOneBefore) {
