@@ -86,7 +86,7 @@ void movWriter::fillFrame(float* pixels) {
         float* const line =
             pixels + static_cast<std::size_t>(i) * static_cast<std::size_t>(width) * channelsPerPixel;
         for (int z = Kex::Image::Chan_Red; z <= Kex::Image::Chan_Alpha; ++z) {
-            to_float(z - 1, line + (z - 1), row[static_cast<Kex::Image::Channel>(z)], nullptr, width,
+            to_float(z - 1, line + (z - 1), row.samples(static_cast<Kex::Image::Channel>(z)), nullptr, width,
                      channelsPerPixel);
         }
         write().progressFraction((i + 1.0) / height / 3);

@@ -48,7 +48,7 @@ public:
         for (int y = 0; y < height && !write().aborted(); ++y) {
             write().inputnget(0, y, 0, width, Mask_RGB, row);
             for (int z = 0; z < 3; ++z) {
-                to_float(z, line.data() + z, row[static_cast<Channel>(z + 1)], nullptr, width, 3);
+                to_float(z, line.data() + z, row.samples(static_cast<Channel>(z + 1)), nullptr, width, 3);
             }
             std::for_each(line.begin(), line.end(), [this](float& value) { value *= gain; });
             file.write(reinterpret_cast<const char*>(line.data()),

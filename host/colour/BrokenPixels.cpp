@@ -19,14 +19,14 @@ struct FloatBits {
 };
 
 struct HalfBits {
-    using Sample = Picture::Half;
-    using Bits = Picture::Half;
+    using Sample = Picture::Code;
+    using Bits = Picture::Code;
     static constexpr Bits exponent = 0x7C00U;
     static constexpr Bits sign = 0x8000U;
 };
 
-constexpr Picture::Half largestHalf = 0x7BFFU;
-constexpr Picture::Half oneAsHalf = 0x3C00U;
+constexpr Picture::Code largestHalf = 0x7BFFU;
+constexpr Picture::Code oneAsHalf = 0x3C00U;
 
 template <class Form>
 typename Form::Bits magnitudeOf(typename Form::Sample sample) {
@@ -89,15 +89,16 @@ public:
         counter->add(frame.number, found);
     }
 
-    bool takesHalves() const override { return true; }
+    bool takesCodes() const override { return true; }
 
 private:
     static BrokenPixels::Count mendRow(Picture& picture, int channel, int y) {
         const bool isAlpha = channel == 3;
-        return picture.hasHalves() ? BrokenPixels::mend(picture.halfRow(channel, y), picture.rowStride(),
-                                                        isAlpha ? oneAsHalf : largestHalf)
-                                   : BrokenPixels::mend(picture.row(channel, y), picture.rowStride(),
-                                                        isAlpha ? 1.0F : BrokenPixels::largest);
+        return picture.table() != nullptr
+                   ? BrokenPixels::mend(picture.codeRow(channel, y), picture.rowStride(),
+                                        isAlpha ? oneAsHalf : largestHalf)
+                   : BrokenPixels::mend(picture.row(channel, y), picture.rowStride(),
+                                        isAlpha ? 1.0F : BrokenPixels::largest);
     }
 
     const std::shared_ptr<BrokenPixels> counter;
@@ -109,7 +110,7 @@ BrokenPixels::Count BrokenPixels::mend(float* samples, std::size_t count, float 
     return mendSamples<FloatBits>(samples, count, infinity);
 }
 
-BrokenPixels::Count BrokenPixels::mend(Picture::Half* samples, std::size_t count, Picture::Half infinity) {
+BrokenPixels::Count BrokenPixels::mend(Picture::Code* samples, std::size_t count, Picture::Code infinity) {
     return mendSamples<HalfBits>(samples, count, infinity);
 }
 

@@ -24,7 +24,7 @@ public:
     /// place.
     static Count mend(float* samples, std::size_t count, float infinity);
     /// The same for half floats, `infinity` one of them.
-    static Count mend(Picture::Half* samples, std::size_t count, Picture::Half infinity);
+    static Count mend(Picture::Code* samples, std::size_t count, Picture::Code infinity);
     static constexpr float largest = 65504.0F;
 
     void add(int frame, Count found);

@@ -127,12 +127,12 @@ void placeChannel(const Block& block, std::size_t at, exr_pixel_type_t type, flo
 }
 
 // The same for a channel of halves that stays one.
-void placeHalves(const Block& block, std::size_t at, Picture::Half* to, std::size_t count) {
+void placeHalves(const Block& block, std::size_t at, Picture::Code* to, std::size_t count) {
     if (block.split) {
         const std::uint8_t* even = block.bytes + at / 2;
         joinHalves(even, even + (block.size + 1) / 2, to, count);
     } else {
-        std::memcpy(to, block.bytes + at, count * sizeof(Picture::Half));
+        std::memcpy(to, block.bytes + at, count * sizeof(Picture::Code));
     }
 }
 
@@ -147,8 +147,8 @@ void placeBlock(const Plan& plan, const Block& block, int firstRow, int rows, Pi
             const std::size_t at = row + channel.offset + skipped * (channel.isHalf() ? 2 : 4);
             const int left = shown.x - plan.display.x;
             const int line = y - plan.display.y;
-            if (picture.hasHalves()) {
-                placeHalves(block, at, picture.halfRow(channel.plane, line) + left, columns);
+            if (picture.table() != nullptr) {
+                placeHalves(block, at, picture.codeRow(channel.plane, line) + left, columns);
             } else {
                 placeChannel(block, at, channel.type, picture.row(channel.plane, line) + left, columns);
             }
@@ -169,7 +169,7 @@ ExrScanlines::~ExrScanlines() = default;
 bool ExrScanlines::read(const ExrFile& file, int part, const ChannelNames& names, const Window& display,
                         Picture& picture) {
     const std::optional<Plan> plan = planOf(file.context(), part, names, display, picture.channels());
-    if (!plan || (picture.hasHalves() && !plan->hasOnlyHalves())) {
+    if (!plan || (picture.table() != nullptr && !plan->hasOnlyHalves())) {
         return false;
     }
     const std::string& path = file.path();

@@ -31,9 +31,9 @@ public:
     /// Decodes that part of `file`, which is open, into `picture`, whose size and channels are those of the
     /// wanted result: the values as stored, the data window laid where it belongs in `display`, pixels
     /// outside of it cropped. Samples of the picture that the file does not cover are left alone. A picture
-    /// of halves takes them as they are stored.
+    /// of codes, which must be half floats, takes them as they are stored.
     ///
-    /// False where the file is not of the kind described, or has not only halves for a picture of them, with
+    /// False where the file is not of the kind described, or has not only halves for a picture of codes, with
     /// the picture untouched. Throws UnreadableImage for a file that is cut short or damaged; the picture's
     /// samples are arbitrary then.
     bool read(const ExrFile& file, int part, const ChannelNames& names, const Window& display,

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "Kex/Image/LUT.h"
+#include "host/images/CodeTables.h"
 #include "host/images/ExrContents.h"
 #include "host/images/ExrFile.h"
 #include "host/images/ExrScanlines.h"
@@ -47,7 +48,6 @@ public:
 private:
     bool readIntegers(const IntegerStatement& statement, const LUT* curve, Picture& picture) {
         const PictureHeader& header = statement.header;
-        prepareFor(header, picture);
         const IntegerPixels pixels{.channels = statement.file.channels,
                                    .layout = statement.layout,
                                    .straightAlpha = statement.straightAlpha,
@@ -69,8 +69,8 @@ private:
         const PictureHeader& header = statement.header;
         const LUT& meaning = *(curve ? curve : LUT::find(header.curve));
         const bool onlyHalves = header.floatingPoint && header.bits == 16;
-        if (onlyHalves && meaning.type() == 0 && picture.allowsHalves()) {
-            prepareHalvesFor(header, picture);
+        if (onlyHalves && meaning.type() == 0 && picture.allowsCodes()) {
+            prepareCodesFor(header, halfFloats(), picture);
         } else {
             prepareFor(header, picture);
         }

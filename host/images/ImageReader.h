@@ -34,9 +34,9 @@ public:
     virtual PictureHeader readHeader(const std::string& path) = 0;
 
     /// Reads the file into `picture`, which gets the size of the display window and 3 or 4 channels as the
-    /// file has alpha or not, halves where it allows them and the file has them in linear light, and returns
-    /// its header. `curve` says what the stored values mean, whatever the file says; null for the file's own
-    /// statement or, without one, its format's (float and half: linear, integers: sRGB). Throws
+    /// file has alpha or not, the file's own codes where it allows them and each of them has one meaning, and
+    /// returns its header. `curve` says what the stored values mean, whatever the file says; null for the
+    /// file's own statement or, without one, its format's (float and half: linear, integers: sRGB). Throws
     /// UnreadableImage, also for a file that is cut short; the picture's samples are arbitrary then.
     virtual PictureHeader read(const std::string& path, const Kex::Image::LUT* curve, Picture& picture) = 0;
 };

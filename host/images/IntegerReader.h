@@ -10,8 +10,8 @@ namespace Corvel {
 class IntegerReader {
 public:
     /// `file` has its first picture upright; `pixels` says what is wanted of it, all but its form, and
-    /// `curve` what its values mean. False where the image library must read it: the picture's samples are
-    /// arbitrary then.
+    /// `curve` what its values mean. The picture gets the size of `display`. False where the image library
+    /// must read it: the picture is arbitrary then.
     bool read(const IntegerFile& file, const IntegerPixels& pixels, const Kex::Image::LUT& curve,
               const Window& display, Picture& picture);
 

@@ -4,6 +4,9 @@
 #include <cstring>
 #include <functional>
 
+#include "host/images/CodeKernels.h"
+#include "host/images/CodeTables.h"
+
 namespace Corvel {
 namespace {
 
@@ -53,21 +56,42 @@ void IntegerRows::begin(const IntegerPixels& stored, const LUT& curve, const Win
     displayed = display;
     shown = overlapOf(stored.window, display);
     target = &picture;
-    prepareTable(highestOf(stored.form), curve);
-}
-
-void IntegerRows::prepareTable(unsigned highestSample, const LUT& curve) {
-    if (highest == highestSample && curveOfTable == curve.type()) {
+    table = &wholeNumbers(highestOf(stored.form), curve);
+    const bool hasAlpha = stored.layout.alpha >= 0;
+    if (picture.allowsCodes() && hasThreeColours() && !hasAlpha && shown == display) {
+        picture.resetCodes(display.width, display.height, 3, *table);
         return;
     }
-    highest = highestSample;
-    curveOfTable = curve.type();
-    table.resize(std::size_t{highest} + 1);
-    for (unsigned sample = 0; sample <= highest; ++sample) {
-        table[sample] = static_cast<float>(sample) / static_cast<float>(highest);
+    picture.reset(display.width, display.height, hasAlpha ? 4 : 3);
+    if (shown != display) {
+        picture.clear();
     }
-    if (curve.type() != 0) {
-        curve.toLinear(table.data(), table.data(), table.size(), 1);
+}
+
+// Three samples a pixel, each of another colour.
+bool IntegerRows::hasThreeColours() const {
+    const ChannelLayout& layout = pixels.layout;
+    return pixels.channels == 3 && layout.red != layout.green && layout.green != layout.blue &&
+           layout.blue != layout.red;
+}
+
+void IntegerRows::placeCodes(const unsigned char* samples, int y) {
+    const auto count = static_cast<std::size_t>(shown.width);
+    const auto first = static_cast<std::size_t>(shown.x - pixels.window.x);
+    Picture::Code* planes[3] = {};
+    planes[pixels.layout.red] = target->codeRow(0, y);
+    planes[pixels.layout.green] = target->codeRow(1, y);
+    planes[pixels.layout.blue] = target->codeRow(2, y);
+    switch (pixels.form) {
+        case SampleForm::Bytes:
+            return splitBytes(samples + 3 * first, count, planes);
+        case SampleForm::Words:
+        case SampleForm::SwappedWords:
+            return splitWords(samples + 6 * first, pixels.form == SampleForm::SwappedWords, count, planes);
+        case SampleForm::TenBits:
+        case SampleForm::SwappedTenBits:
+            return splitTenBits(samples + 4 * first, pixels.form == SampleForm::SwappedTenBits, count,
+                                planes);
     }
 }
 
@@ -84,7 +108,7 @@ void IntegerRows::placeAs(const Samples& samples, int y) {
     float* const reds = rowOf(0);
     float* const greens = rowOf(1);
     float* const blues = rowOf(2);
-    const float* const values = table.data();
+    const float* const values = table->linear();
     // All channels of a pixel at once, and none stored before all are looked up: what stands together in the
     // file is read together.
     for (std::size_t x = 0; x < count; ++x) {
@@ -100,8 +124,9 @@ void IntegerRows::placeAs(const Samples& samples, int y) {
     }
     float* const alpha = rowOf(3);
     const auto source = static_cast<std::size_t>(pixels.layout.alpha);
+    const auto highest = static_cast<float>(table->size() - 1);
     for (std::size_t x = 0; x < count; ++x) {
-        alpha[x] = static_cast<float>(samples(first + x, source)) / static_cast<float>(highest);
+        alpha[x] = static_cast<float>(samples(first + x, source)) / highest;
     }
     for (int channel = 0; channel < 3 && pixels.straightAlpha; ++channel) {
         std::transform(alpha, alpha + count, rowOf(channel), rowOf(channel), std::multiplies<>());
@@ -114,6 +139,10 @@ void IntegerRows::place(int y, const void* samples) {
         return;
     }
     const auto* const bytes = static_cast<const unsigned char*>(samples);
+    if (target->table() != nullptr) {
+        placeCodes(bytes, row - displayed.y);
+        return;
+    }
     const auto channels = static_cast<std::size_t>(pixels.channels);
     switch (pixels.form) {
         case SampleForm::Bytes:

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <vector>
-
 #include "Kex/Image/LUT.h"
 #include "host/images/ChannelLayout.h"
 #include "host/images/Picture.h"
@@ -23,11 +20,13 @@ struct IntegerPixels {
     Window window;  ///< where they are in the file's coordinates
 };
 
-/// Turns rows of whole numbers into linear light, split and premultiplied: one look-up a sample, since a file
-/// has few values that a curve can take. Keeps its table while the curve stays. One thread at a time.
+/// Makes pictures of rows of whole numbers: of their codes, split, where the picture may have codes and a
+/// pixel is three of them; else of linear light, split and premultiplied, by one look-up a sample, since a
+/// file has few values that a curve can take. One thread at a time.
 class IntegerRows {
 public:
-    /// Begins a picture. `display` is what `picture` shows; what of a row lies outside is left out.
+    /// Begins a picture. `display` is what it shows and its size: black where the window does not reach; what
+    /// of a row lies outside is left out.
     void begin(const IntegerPixels& stored, const Kex::Image::LUT& curve, const Window& display,
                Picture& picture);
 
@@ -37,15 +36,14 @@ public:
 private:
     template <class Samples>
     void placeAs(const Samples& samples, int y);
-    void prepareTable(unsigned highestSample, const Kex::Image::LUT& curve);
+    void placeCodes(const unsigned char* samples, int y);
+    bool hasThreeColours() const;
 
     IntegerPixels pixels;
     Window shown;      ///< of the file's coordinates
     Window displayed;  ///< likewise
     Picture* target = nullptr;
-    unsigned highest = 0;
-    int curveOfTable = -1;
-    std::vector<float> table;  ///< linear light of each sample
+    const Kex::Image::CodeTable* table = nullptr;
 };
 
 }  // namespace Corvel

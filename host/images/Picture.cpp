@@ -23,15 +23,16 @@ bool isPictureSize(int width, int height) {
 }
 
 void Picture::reset(int width, int height, int channels) {
-    resetSamples(width, height, channels, sizeof(float));
+    resetSamples(width, height, channels, nullptr);
 }
 
-void Picture::resetHalves(int width, int height, int channels) {
-    resetSamples(width, height, channels, sizeof(Half));
+void Picture::resetCodes(int width, int height, int channels, const Kex::Image::CodeTable& table) {
+    resetSamples(width, height, channels, &table);
 }
 
-void Picture::resetSamples(int width, int height, int channels, std::size_t bytesOfSample) {
-    const std::size_t needed = bytes(width, height, channels) / sizeof(float) * bytesOfSample;
+void Picture::resetSamples(int width, int height, int channels, const Kex::Image::CodeTable* table) {
+    table_ = table;
+    const std::size_t needed = bytes(width, height, channels) / sizeof(float) * sampleBytes();
     if (needed > capacity) {
         memory.reset();
         capacity = 0;
@@ -41,12 +42,11 @@ void Picture::resetSamples(int width, int height, int channels, std::size_t byte
     width_ = width;
     height_ = height;
     channels_ = channels;
-    sampleBytes = bytesOfSample;
 }
 
 void Picture::clear() {
-    // 0 is all bits 0, of floats as of halves.
-    std::fill_n(memory.get(), planeStride() * static_cast<std::size_t>(channels_) * sampleBytes,
+    // 0 is all bits 0, of floats as of codes.
+    std::fill_n(memory.get(), planeStride() * static_cast<std::size_t>(channels_) * sampleBytes(),
                 std::byte{0});
 }
 

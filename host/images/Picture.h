@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "Kex/Image/CodeTable.h"
 #include "platform/LargeMemory.h"
 
 namespace Corvel {
@@ -26,15 +27,16 @@ Window overlapOf(const Window& one, const Window& other);
 bool isPictureSize(int width, int height);
 
 /// One decoded frame: planar floats in linear light, premultiplied, one plane a channel in the order red,
-/// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows. A
-/// picture out of a file of half floats may keep them as they are, where whoever takes it allows that: half
-/// the memory to fill, and to read again.
+/// green, blue, alpha, each `height` rows of `width` floats, top row first, without padding between rows.
+/// Where whoever takes it allows that, a picture may have the file's codes instead, and a table that says
+/// what they mean: half the memory to fill and to read again, and no curve to calculate for each sample. Half
+/// floats are such codes, too (CodeTables.h).
 ///
 /// Made to be used again and again: `reset` allocates only when the new picture is larger than any before, so
 /// that a render touches the same pages for every frame. One thread at a time.
 class Picture {
 public:
-    using Half = std::uint16_t;
+    using Code = Kex::Image::CodeTable::Code;
 
     Picture() = default;
     Picture(Picture&&) = default;
@@ -44,15 +46,15 @@ public:
     /// std::bad_alloc.
     void reset(int width, int height, int channels);
 
-    /// The same for half floats (IEEE 754 binary16) in the place of floats. REQUIRES: allowsHalves().
-    void resetHalves(int width, int height, int channels);
+    /// The same for codes of `table`, which must outlive what is read here. REQUIRES: allowsCodes().
+    void resetCodes(int width, int height, int channels, const Kex::Image::CodeTable& table);
 
-    /// Whether a reader may leave halves in the picture; not at first.
-    bool allowsHalves() const { return halvesAllowed; }
-    void allowHalves(bool allowed) { halvesAllowed = allowed; }
+    /// Whether a reader may leave codes in the picture; not at first.
+    bool allowsCodes() const { return codesAllowed; }
+    void allowCodes(bool allowed) { codesAllowed = allowed; }
 
-    /// Whether the samples are halves, which `halfRow` gives and `row` does not.
-    bool hasHalves() const { return sampleBytes == sizeof(Half); }
+    /// What the codes mean, which `codeRow` gives; null where there are floats, which `row` gives.
+    const Kex::Image::CodeTable* table() const { return table_; }
 
     int width() const { return width_; }
     int height() const { return height_; }
@@ -60,19 +62,20 @@ public:
     bool hasAlpha() const { return channels_ == 4; }
 
     /// The first sample of a row of one channel (0 red, 1 green, 2 blue, 3 alpha), `width()` floats; row 0 is
-    /// the top one. Valid until the next `reset`. REQUIRES: !hasHalves().
+    /// the top one. Valid until the next `reset`. REQUIRES: table() == nullptr.
     float* row(int channel, int y) { return samples() + offset(channel, y); }
     const float* row(int channel, int y) const { return samples() + offset(channel, y); }
 
-    /// As `row`, where there are halves: `width()` of them, as their bits.
-    Half* halfRow(int channel, int y) { return halves() + offset(channel, y); }
-    const Half* halfRow(int channel, int y) const { return halves() + offset(channel, y); }
+    /// As `row`, where there are codes: `width()` of them.
+    Code* codeRow(int channel, int y) { return codes() + offset(channel, y); }
+    const Code* codeRow(int channel, int y) const { return codes() + offset(channel, y); }
 
     /// Number of samples from one row of a channel to the next, and from one channel to the next.
     std::size_t rowStride() const { return static_cast<std::size_t>(width_); }
     std::size_t planeStride() const { return rowStride() * static_cast<std::size_t>(height_); }
 
-    /// Makes every sample 0: black, transparent where there is alpha.
+    /// Makes every sample 0, or of code 0: black, transparent where there is alpha, but for codes whose first
+    /// means something else.
     void clear();
 
     /// Bytes that a picture of that size takes, of floats.
@@ -83,17 +86,18 @@ private:
         return static_cast<std::size_t>(channel) * planeStride() + static_cast<std::size_t>(y) * rowStride();
     }
 
-    void resetSamples(int width, int height, int channels, std::size_t bytesOfSample);
+    void resetSamples(int width, int height, int channels, const Kex::Image::CodeTable* table);
+    std::size_t sampleBytes() const { return table_ != nullptr ? sizeof(Code) : sizeof(float); }
     float* samples() const { return reinterpret_cast<float*>(memory.get()); }
-    Half* halves() const { return reinterpret_cast<Half*>(memory.get()); }
+    Code* codes() const { return reinterpret_cast<Code*>(memory.get()); }
 
     Morvane::Platform::LargeMemory memory;
     std::size_t capacity = 0;  // bytes
     int width_ = 0;
     int height_ = 0;
     int channels_ = 0;
-    std::size_t sampleBytes = sizeof(float);
-    bool halvesAllowed = false;
+    const Kex::Image::CodeTable* table_ = nullptr;
+    bool codesAllowed = false;
 };
 
 }  // namespace Corvel

@@ -28,8 +28,8 @@ public:
     /// unreadable frame does.
     virtual void apply(const FrameUnderWay& frame, Picture& picture) = 0;
 
-    /// Whether `apply` can do with pictures of halves.
-    virtual bool takesHalves() const { return false; }
+    /// Whether `apply` can do with pictures of codes.
+    virtual bool takesCodes() const { return false; }
 };
 
 using PictureSteps = std::vector<std::unique_ptr<PictureStep>>;

@@ -53,8 +53,8 @@ void prepareFor(const PictureHeader& header, Picture& picture) {
     clearUncovered(header, picture);
 }
 
-void prepareHalvesFor(const PictureHeader& header, Picture& picture) {
-    picture.resetHalves(header.display.width, header.display.height, header.hasAlpha ? 4 : 3);
+void prepareCodesFor(const PictureHeader& header, const Kex::Image::CodeTable& table, Picture& picture) {
+    picture.resetCodes(header.display.width, header.display.height, header.hasAlpha ? 4 : 3, table);
     clearUncovered(header, picture);
 }
 

@@ -21,8 +21,9 @@ struct InterleavedPixels {
 /// Gives the picture the frame's size and channels, black where the file has no pixels.
 void prepareFor(const PictureHeader& header, Picture& picture);
 
-/// The same for half floats. REQUIRES: picture.allowsHalves().
-void prepareHalvesFor(const PictureHeader& header, Picture& picture);
+/// The same for codes of `table`. REQUIRES: picture.allowsCodes(), and that the file has pixels everywhere or
+/// code 0 is black.
+void prepareCodesFor(const PictureHeader& header, const Kex::Image::CodeTable& table, Picture& picture);
 
 /// Takes `curve` off the colours of the part of the picture that the file covers.
 void linearise(const PictureHeader& header, const Kex::Image::LUT& curve, Picture& picture);

@@ -43,9 +43,11 @@ void FrameFit::clear() {
 
 /// Where row `y` of what is placed begins.
 float* FrameFit::rowAt(int y) {
-    const std::size_t row = static_cast<std::size_t>(placement->down.begin + y);
-    const std::size_t column = static_cast<std::size_t>(placement->across.begin);
-    return frame.data() + (row * static_cast<std::size_t>(width) + column) * 4;
+    const int row = placement->down.begin + y;
+    const int column = placement->across.begin;
+    return frame.data() + (static_cast<std::size_t>(row) * static_cast<std::size_t>(width) +
+                           static_cast<std::size_t>(column)) *
+                              4;
 }
 
 void FrameFit::placePicture(const Picture& picture) {

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "host/images/ExrKernels.h"
-
 namespace Corvel {
 
 using Kex::Image::Channel;
@@ -32,20 +30,26 @@ void PictureNode::getChannel(int y, int x, int r, Channel channel, Kex::Image::R
     const int plane = channel - Kex::Image::Chan_Red;
     // The picture's rows count from the top, a node's from the bottom.
     const int line = inside ? picture->height() - 1 - y : 0;
-    const bool inFloats = inside && !opaque && !picture->hasHalves();
-    if (begin == x && end == r && (inFloats || opaque)) {
-        row.refer(channel, opaque ? ones.data() : picture->row(plane, line) + x);
+    const Kex::Image::CodeTable* const table = inside ? picture->table() : nullptr;
+    if (inside && begin == x && end == r) {
+        if (opaque) {
+            row.refer(channel, ones.data());
+        } else if (table != nullptr) {
+            row.refer(channel, picture->codeRow(plane, line) + x, *table);
+        } else {
+            row.refer(channel, picture->row(plane, line) + x);
+        }
         return;
     }
     float* const own = row.writable(channel);
     std::fill(own, own + (begin - x), 0.0F);
     if (opaque) {
         std::fill(own + (begin - x), own + (end - x), 1.0F);
-    } else if (inFloats) {
-        std::copy_n(picture->row(plane, line) + begin, end - begin, own + (begin - x));
+    } else if (table != nullptr) {
+        Kex::Image::lookUp(own + (begin - x), picture->codeRow(plane, line) + begin, table->linear(),
+                           static_cast<std::size_t>(end - begin), 1);
     } else if (inside) {
-        widenHalves(picture->halfRow(plane, line) + begin, own + (begin - x),
-                    static_cast<std::size_t>(end - begin));
+        std::copy_n(picture->row(plane, line) + begin, end - begin, own + (begin - x));
     }
     std::fill(own + (end - x), own + (r - x), 0.0F);
 }

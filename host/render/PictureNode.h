@@ -25,8 +25,8 @@ public:
 
     /// Nothing to do: the picture is decoded already.
     void request(int, int, int, int, Kex::Image::ChannelSet, int) override {}
-    /// Where the picture spans all columns asked for, rows refer to its samples that are floats, and to the
-    /// node's own for the alpha of a picture without it.
+    /// Where the picture spans all columns asked for, rows refer to its samples, and to the node's own for
+    /// the alpha of a picture without it.
     void get(int y, int x, int r, Kex::Image::ChannelSet channels, Kex::Image::Row& row) override;
 
     Kex::Image::MetaData::Bundle fetchMetaData(const char* key) const override;

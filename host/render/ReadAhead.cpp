@@ -75,13 +75,13 @@ PictureHeader ReadAhead::readFrame(FrameReader& reader, const PictureSteps& step
 void ReadAhead::readFrames() {
     const std::unique_ptr<FrameReader> reader = source.createReader();
     const PictureSteps steps = makeSteps ? makeSteps() : PictureSteps{};
-    const bool mayHaveHalves =
-        samples == Samples::AlsoHalves &&
-        std::all_of(steps.begin(), steps.end(), [](const auto& step) { return step->takesHalves(); });
+    const bool mayHaveCodes =
+        samples == Samples::AlsoCodes &&
+        std::all_of(steps.begin(), steps.end(), [](const auto& step) { return step->takesCodes(); });
     std::unique_lock lock(mutex);
     while (Slot* slot = beginFrame(lock)) {
         lock.unlock();
-        slot->picture->allowHalves(mayHaveHalves);
+        slot->picture->allowCodes(mayHaveCodes);
         try {
             slot->header = readFrame(*reader, steps, blank, slot->planned, slot->position, *slot->picture);
         } catch (...) {

@@ -30,8 +30,8 @@ public:
         std::size_t pictures = 2;  ///< pictures in all, the taker's included; at least 2
     };
 
-    /// Whether the taker can do with pictures of halves. None come where there is a step that can't.
-    enum class Samples { Floats, AlsoHalves };
+    /// Whether the taker can do with pictures of codes. None come where there is a step that can't.
+    enum class Samples { Floats, AlsoCodes };
 
     /// A decoded frame. `picture` is lent: it goes back with the next call of `next`.
     struct Frame {

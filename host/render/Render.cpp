@@ -168,7 +168,7 @@ void RenderRun::tell(int frame, double fraction, bool frameDone) {
 
 std::unique_ptr<ReadAhead> readAhead(const RenderRequest& request, const RenderPlan& plan) {
     return std::make_unique<ReadAhead>(*plan.source, plan.frames, readAheadLimits(request, plan), plan.steps,
-                                       blankHeader(plan), ReadAhead::Samples::AlsoHalves);
+                                       blankHeader(plan), ReadAhead::Samples::AlsoCodes);
 }
 
 /// Whether reading may begin while the helper starts, which takes as long as some frames. Not where there may

@@ -10,6 +10,7 @@
 
 #include "TemporaryFolder.h"
 #include "TestImages.h"
+#include "host/images/CodeTables.h"
 #include "host/images/ExrFile.h"
 #include "host/images/ExrKernels.h"
 #include "host/images/ImageReader.h"
@@ -88,8 +89,8 @@ TEST_P(EveryKind, LeavesHalvesAsTheyAreInAPictureOfHalves) {
     const std::string path = noiseFile(kind.type);
     const Window display{0, 0, kind.width, kind.height};
     Picture halves;
-    halves.allowHalves(true);
-    halves.resetHalves(kind.width, kind.height, 4);
+    halves.allowCodes(true);
+    halves.resetCodes(kind.width, kind.height, 4, halfFloats());
     picture.reset(kind.width, kind.height, 4);
 
     const bool read = sut.read(ExrFile(path), 0, rgba, display, halves);
@@ -98,7 +99,7 @@ TEST_P(EveryKind, LeavesHalvesAsTheyAreInAPictureOfHalves) {
     ASSERT_TRUE(sut.read(ExrFile(path), 0, rgba, display, picture));
     const std::size_t samples = read ? 4 * halves.planeStride() : 0;
     std::vector<float> widened(samples);
-    widenHalves(halves.halfRow(0, 0), widened.data(), samples);
+    widenHalves(halves.codeRow(0, 0), widened.data(), samples);
     EXPECT_TRUE(std::equal(widened.begin(), widened.end(), picture.row(0, 0)));
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "Kex/Image/LUT.h"
+#include "host/images/CodeTables.h"
 #include "tests/unit/host/TemporaryFolder.h"
 #include "tests/unit/host/TestImages.h"
 
@@ -59,25 +60,33 @@ TEST_F(ImageReaderTest, ReadsHalfFloatsAsTheyAre) {
     expectPixel(1, 1, {0.5f, 0.25f, 0.125f, 0}, 0);
 }
 
-TEST_F(ImageReaderTest, KeepsHalvesOnlyWhereTheyAreAllowedAndNeedNoCurve) {
+TEST_F(ImageReaderTest, KeepsCodesWhereTheyAreAllowedAndHaveOneMeaningEach) {
     writeImage(folder / "half.exr", ImageSpec(2, 1, 3, OIIO::TypeHalf), {2.5f, -0.25f, 0, 1, 0, 1});
     writeImage(folder / "float.exr", ImageSpec(2, 1, 3, OIIO::TypeFloat), {2.5f, -0.25f, 0, 1, 0, 1});
-    writeImage(folder / "whole.png", ImageSpec(2, 1, 3, OIIO::TypeUInt8), {1, 1, 1, 0, 0, 0});
+    writeImage(folder / "whole.png", ImageSpec(2, 1, 3, OIIO::TypeUInt8), {1, 1, 0.2f, 0, 0, 0});
+    writeImage(folder / "alpha.png", ImageSpec(2, 1, 4, OIIO::TypeUInt8), {1, 1, 1, 1, 0, 0, 0, 0});
+    for (const char* name : {"half.exr", "whole.png"}) {
+        read(name);
+        EXPECT_EQ(picture.table(), nullptr) << name;
+    }
 
+    picture.allowCodes(true);
     read("half.exr");
-    EXPECT_FALSE(picture.hasHalves());
-
-    picture.allowHalves(true);
-    read("half.exr");
-    ASSERT_TRUE(picture.hasHalves());
-    EXPECT_EQ(picture.halfRow(0, 0)[0], 0x4100);
-    EXPECT_EQ(picture.halfRow(1, 0)[0], 0xb400);
-    read("half.exr", LUT::getLut(6));
-    EXPECT_FALSE(picture.hasHalves());
-    read("float.exr");
-    EXPECT_FALSE(picture.hasHalves());
+    ASSERT_EQ(picture.table(), &halfFloats());
+    EXPECT_EQ(picture.codeRow(0, 0)[0], 0x4100);
+    EXPECT_EQ(picture.codeRow(1, 0)[0], 0xb400);
     read("whole.png");
-    EXPECT_FALSE(picture.hasHalves());
+    ASSERT_EQ(picture.table(), &wholeNumbers(255, *LUT::find("srgb")));
+    EXPECT_EQ(picture.codeRow(0, 0)[0], 255);
+    EXPECT_EQ(picture.codeRow(2, 0)[0], 51);
+    read("whole.png", LUT::find("cineon"));
+    EXPECT_EQ(picture.table(), &wholeNumbers(255, *LUT::find("cineon")));
+    read("half.exr", LUT::getLut(6));
+    EXPECT_EQ(picture.table(), nullptr);
+    read("float.exr");
+    EXPECT_EQ(picture.table(), nullptr);
+    read("alpha.png");
+    EXPECT_EQ(picture.table(), nullptr);
 }
 
 TEST_F(ImageReaderTest, FindsChannelsInAnyOrderAmongOthers) {

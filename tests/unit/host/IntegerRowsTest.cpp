@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "host/images/CodeTables.h"
+
 namespace Corvel {
 namespace {
 
@@ -54,6 +56,46 @@ TEST(IntegerRows, LooksUpTheLinearLightOfSamplesInEveryForm) {
             }
         }
     }
+}
+
+TEST(IntegerRows, LeavesCodesWhereThePictureMayHaveThem) {
+    const Window window{0, 0, 2, 1};
+    IntegerRows sut;
+    for (const Stored& stored : forms) {
+        Picture picture;
+        picture.allowCodes(true);
+        sut.begin({stored.form, 3, {2, 1, 0, -1}, false, window}, *LUT::find("srgb"), window, picture);
+
+        sut.place(0, stored.bytes.data());
+
+        const auto highest = static_cast<unsigned>(stored.highest);
+        ASSERT_EQ(picture.table(), &wholeNumbers(highest, *LUT::find("srgb")));
+        for (int x = 0; x < 2; ++x) {
+            for (int channel = 0; channel < 3; ++channel) {
+                const double code = stored.samples[static_cast<std::size_t>(3 * x + 2 - channel)];
+                EXPECT_EQ(picture.codeRow(channel, 0)[x], code)
+                    << "form " << static_cast<int>(stored.form) << ", " << x << ", " << channel;
+            }
+        }
+    }
+}
+
+TEST(IntegerRows, LeavesNoCodesWhereThePictureHasAlphaOrIsLarger) {
+    const unsigned char pixel[] = {255, 0, 255, 51};
+    IntegerRows sut;
+    Picture picture;
+    picture.allowCodes(true);
+    sut.begin({SampleForm::Bytes, 4, {0, 1, 2, 3}, false, {0, 0, 1, 1}}, *LUT::find("srgb"), {0, 0, 1, 1},
+              picture);
+    sut.place(0, pixel);
+    EXPECT_EQ(picture.table(), nullptr);
+    EXPECT_FLOAT_EQ(picture.row(3, 0)[0], 0.2F);
+
+    sut.begin({SampleForm::Bytes, 3, {0, 1, 2, -1}, false, {0, 0, 1, 1}}, *LUT::find("cineon"), {0, 0, 2, 1},
+              picture);
+    sut.place(0, pixel);
+    ASSERT_EQ(picture.table(), nullptr);
+    EXPECT_EQ(picture.row(0, 0)[1], 0.0F);
 }
 
 TEST(IntegerRows, MultipliesStraightAlphaInLinearLightAndLeavesOtherAlone) {

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "host/images/CodeTables.h"
+
 namespace Corvel {
 namespace {
 
@@ -34,11 +36,11 @@ protected:
 
     // The same of halves: 1, 2, 3, … as their bits, row by row.
     void makeHalves(int width, int height) {
-        constexpr Picture::Half bits[] = {0x3c00, 0x4000, 0x4200, 0x4400, 0x4500, 0x4600};
-        picture.allowHalves(true);
-        picture.resetHalves(width, height, 3);
+        constexpr Picture::Code bits[] = {0x3c00, 0x4000, 0x4200, 0x4400, 0x4500, 0x4600};
+        picture.allowCodes(true);
+        picture.resetCodes(width, height, 3, halfFloats());
         for (int c = 0; c < 3; ++c) {
-            std::copy_n(bits, width * height, picture.halfRow(c, 0));
+            std::copy_n(bits, width * height, picture.codeRow(c, 0));
         }
         sut.show(&picture);
     }
@@ -93,6 +95,15 @@ TEST_F(PictureNodeTest, GivesHalvesAsFloats) {
     EXPECT_EQ(get(0, 1, 4, Chan_Red), (Samples{5, 6, 0}));
     EXPECT_EQ(get(0, -1, 3, Chan_Alpha), (Samples{0, 1, 1, 1}));
     EXPECT_EQ(get(2, 0, 1, Chan_Red), (Samples{0}));
+}
+
+TEST_F(PictureNodeTest, RefersToCodesInsteadOfLookingThemUp) {
+    makeHalves(3, 2);
+    Row row(0, 3);
+    sut.get(1, 0, 3, Mask_RGBA, row);
+    EXPECT_EQ(row.samples(Chan_Green).codes(), picture.codeRow(1, 0));
+    EXPECT_EQ(row.samples(Chan_Green).table(), &halfFloats());
+    EXPECT_EQ(row.samples(Chan_Alpha).table(), nullptr);
 }
 
 TEST_F(PictureNodeTest, IsOpaqueWhereThePictureHasNoAlpha) {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "host/images/CodeTables.h"
+
 namespace Corvel {
 namespace {
 
@@ -36,19 +38,19 @@ TEST(Picture, ClearsEverySample) {
     }
 }
 
-TEST(Picture, OfHalvesTakesHalfTheMemoryAndIsOfFloatsAgainAfterReset) {
+TEST(Picture, OfCodesTakesHalfTheMemoryAndIsOfFloatsAgainAfterReset) {
     Picture sut;
-    EXPECT_FALSE(sut.allowsHalves());
-    sut.allowHalves(true);
-    sut.resetHalves(5, 3, 4);
-    EXPECT_TRUE(sut.hasHalves());
-    EXPECT_EQ(sut.halfRow(1, 2) - sut.halfRow(0, 0), 25);
-    sut.halfRow(3, 2)[4] = 1;
+    EXPECT_FALSE(sut.allowsCodes());
+    sut.allowCodes(true);
+    sut.resetCodes(5, 3, 4, halfFloats());
+    EXPECT_EQ(sut.table(), &halfFloats());
+    EXPECT_EQ(sut.codeRow(1, 2) - sut.codeRow(0, 0), 25);
+    sut.codeRow(3, 2)[4] = 1;
     sut.clear();
-    EXPECT_EQ(sut.halfRow(3, 2)[4], 0);
+    EXPECT_EQ(sut.codeRow(3, 2)[4], 0);
     sut.reset(5, 3, 4);
-    EXPECT_FALSE(sut.hasHalves());
-    EXPECT_TRUE(sut.allowsHalves());
+    EXPECT_EQ(sut.table(), nullptr);
+    EXPECT_TRUE(sut.allowsCodes());
 }
 
 TEST(Picture, CountsBytesBeyondFourGiB) {

@@ -31,31 +31,31 @@ TEST(ReadAhead, GivesFramesInOrderWhateverThreadReadsThem) {
     EXPECT_FALSE(sut.next());
 }
 
-TEST(ReadAhead, AllowsHalvesWhereTheTakerDoesAndNoStepNeedsFloats) {
+TEST(ReadAhead, AllowsCodesWhereTheTakerDoesAndNoStepNeedsFloats) {
     class Nothing : public PictureStep {
     public:
-        explicit Nothing(bool halves) : halves(halves) {}
+        explicit Nothing(bool codes) : codes(codes) {}
         void apply(const FrameUnderWay&, Picture&) override {}
-        bool takesHalves() const override { return halves; }
+        bool takesCodes() const override { return codes; }
 
     private:
-        const bool halves;
+        const bool codes;
     };
-    const auto stepThatTakes = [](bool halves) {
-        return [halves] {
+    const auto stepThatTakes = [](bool codes) {
+        return [codes] {
             PictureSteps steps;
-            steps.push_back(std::make_unique<Nothing>(halves));
+            steps.push_back(std::make_unique<Nothing>(codes));
             return steps;
         };
     };
     const FakeSource source({1});
     const auto allows = [&](const MakePictureSteps& steps, ReadAhead::Samples samples) {
         ReadAhead sut(source, planOf(1), {1, 2}, steps, {}, samples);
-        return sut.next()->picture->allowsHalves();
+        return sut.next()->picture->allowsCodes();
     };
-    EXPECT_TRUE(allows({}, ReadAhead::Samples::AlsoHalves));
-    EXPECT_TRUE(allows(stepThatTakes(true), ReadAhead::Samples::AlsoHalves));
-    EXPECT_FALSE(allows(stepThatTakes(false), ReadAhead::Samples::AlsoHalves));
+    EXPECT_TRUE(allows({}, ReadAhead::Samples::AlsoCodes));
+    EXPECT_TRUE(allows(stepThatTakes(true), ReadAhead::Samples::AlsoCodes));
+    EXPECT_FALSE(allows(stepThatTakes(false), ReadAhead::Samples::AlsoCodes));
     EXPECT_FALSE(allows({}, ReadAhead::Samples::Floats));
 }
 

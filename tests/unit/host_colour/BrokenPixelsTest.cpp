@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/images/CodeTables.h"
 #include "host/render/Log.h"
 
 namespace Corvel {
@@ -54,21 +55,21 @@ TEST_F(BrokenPixelsTest, WritesNoNumberAsZeroAndInfinityAsTheLargestHalf) {
 }
 
 TEST_F(BrokenPixelsTest, MendsHalvesLikewise) {
-    picture.allowHalves(true);
-    picture.resetHalves(3, 2, 4);
-    constexpr Picture::Half samples[] = {0x7e01, 0x7c00, 0xfc00, 0xfc01, 0x7bff, 0xb400};
+    picture.allowCodes(true);
+    picture.resetCodes(3, 2, 4, halfFloats());
+    constexpr Picture::Code samples[] = {0x7e01, 0x7c00, 0xfc00, 0xfc01, 0x7bff, 0xb400};
     for (int channel = 0; channel < 4; ++channel) {
-        std::copy_n(samples, 6, picture.halfRow(channel, 0));
+        std::copy_n(samples, 6, picture.codeRow(channel, 0));
     }
 
     apply(1001);
 
     const auto samplesOf = [&](int channel) {
-        const Picture::Half* first = picture.halfRow(channel, 0);
-        return std::vector<Picture::Half>(first, first + 6);
+        const Picture::Code* first = picture.codeRow(channel, 0);
+        return std::vector<Picture::Code>(first, first + 6);
     };
-    EXPECT_EQ(samplesOf(0), (std::vector<Picture::Half>{0, 0x7bff, 0, 0, 0x7bff, 0xb400}));
-    EXPECT_EQ(samplesOf(3), (std::vector<Picture::Half>{0, 0x3c00, 0, 0, 0x7bff, 0xb400})) << "alpha";
+    EXPECT_EQ(samplesOf(0), (std::vector<Picture::Code>{0, 0x7bff, 0, 0, 0x7bff, 0xb400}));
+    EXPECT_EQ(samplesOf(3), (std::vector<Picture::Code>{0, 0x3c00, 0, 0, 0x7bff, 0xb400})) << "alpha";
     ASSERT_EQ(messages.size(), 1u);
     EXPECT_NE(messages[0].find("8 samples that are not a number"), std::string::npos) << messages[0];
 }

@@ -95,7 +95,7 @@ private:
     const LogFormula formula{95 / 1023.0, 300 * std::log10(2.0) / 1023, std::pow(10, (685 - 95) / 300.0) - 1};
 };
 
-const std::array<const LUT*, 7>& table() {
+const std::array<const LUT*, LUT::count>& table() {
     static const LinearLut linear;
     static const PowerLut rec709(1, "rec709", {0.018, 4.5, 1.099, 0.45, 0.099});
     static const PowerLut gamma18(2, "gamma1.8", {0, 1, 1, 1 / 1.8, 0});
@@ -103,8 +103,8 @@ const std::array<const LUT*, 7>& table() {
     static const PowerLut gamma24(4, "gamma2.4", {0, 1, 1, 1 / 2.4, 0});
     static const FilmLut cineon;
     static const PowerLut srgb(6, "srgb", {0.0031308, 12.92, 1.055, 1 / 2.4, 0.055});
-    static const std::array<const LUT*, 7> all = {&linear,  &rec709, &gamma18, &gamma22,
-                                                  &gamma24, &cineon, &srgb};
+    static const std::array<const LUT*, LUT::count> all = {&linear,  &rec709, &gamma18, &gamma22,
+                                                           &gamma24, &cineon, &srgb};
     return all;
 }
 

@@ -26,6 +26,9 @@ namespace Kex::Image {
 /// immutable, live as long as the library and may be used by any number of threads.
 class KEX_IMAGE_API LUT {
 public:
+    /// How many curves there are.
+    static constexpr std::size_t count = 7;
+
     /// The curve of that type, null for a type that is not in the table.
     static const LUT* getLut(int type);
     /// The curve of that name (letter case counts), null when there is none.

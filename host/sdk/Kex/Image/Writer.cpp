@@ -121,8 +121,7 @@ void Writer::renameFromHash() {
 }
 
 void Writer::to_float(int z, float* to, const float* from, const float* alpha, int width, int delta) const {
-    const LUT* const curve = z == Chan_Alpha - 1 ? nullptr : write().lut();
-    const LUT& used = curve != nullptr ? *curve : *LUT::getLut(0);
+    const LUT& used = curveOf(z);
     const auto count = static_cast<std::size_t>(width);
     const auto stride = static_cast<std::size_t>(delta);
     if (alpha == nullptr || z == Chan_Alpha - 1) {
@@ -133,6 +132,22 @@ void Writer::to_float(int z, float* to, const float* from, const float* alpha, i
         const double divisor = alpha[i] > 0 ? alpha[i] : 1.0;
         to[i * stride] = static_cast<float>(used.toStored(from[i] / divisor) * divisor);
     }
+}
+
+void Writer::to_float(int z, float* to, const Row::Samples& from, const float* alpha, int width,
+                      int delta) const {
+    if (from.table() == nullptr || alpha != nullptr) {
+        to_float(z, to, from.floats(), alpha, width, delta);
+        return;
+    }
+    const LUT& curve = curveOf(z);
+    lookUp(to, from.codes(), curve.type() == 0 ? from.table()->linear() : from.table()->stored(curve),
+           static_cast<std::size_t>(width), static_cast<std::size_t>(delta));
+}
+
+const LUT& Writer::curveOf(int z) const {
+    const LUT* const curve = z == Chan_Alpha - 1 ? nullptr : write().lut();
+    return curve != nullptr ? *curve : *LUT::getLut(0);
 }
 
 }  // namespace Kex::Image

@@ -6,6 +6,7 @@
 #include "Kex/Image/Export.h"
 #include "Kex/Image/Knob_Closure.h"
 #include "Kex/Image/LUT.h"
+#include "Kex/Image/Row.h"
 
 namespace Kex::Image {
 
@@ -78,6 +79,10 @@ protected:
     /// multiplied by its alpha again, but for those whose alpha is 0 or less, which are converted as they
     /// are.
     void to_float(int z, float* to, const float* from, const float* alpha, int width, int delta = 1) const;
+    /// The same for a channel of a row. What its codes become is looked up, where it has codes and `alpha` is
+    /// null: the same values.
+    void to_float(int z, float* to, const Row::Samples& from, const float* alpha, int width,
+                  int delta = 1) const;
 
     /// Gives the temporary file its final name, replacing an older file at once, and syncs the folder; the
     /// temporary name is forgotten. Without a temporary file, or when the system refuses, the final name is
@@ -85,6 +90,8 @@ protected:
     void renameFromHash();
 
 private:
+    const LUT& curveOf(int z) const;
+
     Write* write_;
     std::string temporaryFile_;
 };
