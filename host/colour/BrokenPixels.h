@@ -8,7 +8,8 @@
 
 namespace Corvel {
 
-/// Samples of a render that are no numbers or infinite, counted over all its frames. Any thread.
+/// Samples that are no numbers or infinite, counted over all frames of a render or of what is played. Any
+/// thread.
 ///
 /// What is not a number and what is negative and infinite becomes 0; what is positive and infinite becomes
 /// the largest value of a half float, 65504, in alpha 1. Negative values stay as they are. The first frame
